@@ -1,0 +1,38 @@
+# Top-level commands. `make test` installs what is missing, then builds and runs
+# the suite twice: optimised, and under AddressSanitizer + UBSan.
+JOBS ?= 2
+CMAKE_FLAGS ?=
+
+.PHONY: all deps build test test-release test-sanitize bench demo clean
+
+all: build
+
+deps:
+	./scripts/install-deps
+
+build: deps
+	cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release $(CMAKE_FLAGS)
+	cmake --build build/release -j$(JOBS)
+
+test-release: build
+	cd build/release && ctest --output-on-failure -j$(JOBS)
+
+test-sanitize: deps
+	cmake -S . -B build/sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLV_SANITIZE=ON -DLV_BUILD_BENCH=OFF $(CMAKE_FLAGS)
+	cmake --build build/sanitize -j$(JOBS)
+	cd build/sanitize && \
+	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+	  ctest --output-on-failure -j$(JOBS)
+
+test: test-release test-sanitize
+
+bench: build
+	./build/release/bench/lumenveil_bench
+
+demo:
+	@echo "make demo arrives with the command-line tool; it is not built yet."
+	@exit 1
+
+clean:
+	rm -rf build

@@ -1,0 +1,68 @@
+#include "generic/library/RunFourThreads.h"
+
+#include <new>
+#include <system_error>
+#include <thread>
+
+#include "vzlibs/baselib/heap.h"
+
+namespace {
+
+int rowWorkerEntry(RowThreadRecord* record)
+{
+    record->function(record->object, record->first, record->last);
+    return 1;
+}
+
+// Carries an engine row job through the void* signature of RunFourThreads.
+struct EngineJob {
+    FftRowJob job;
+    FftEngine* engine;
+};
+
+void runEngineSlice(void* object, int first, int last)
+{
+    const EngineJob* job = static_cast<const EngineJob*>(object);
+    job->job(job->engine, first, last);
+}
+
+}  // namespace
+
+void RunFourThreads(void* object, RowThreadFunction function, int count)
+{
+    auto* threads = static_cast<std::thread*>(vz_malloc(4 * sizeof(std::thread), __FILE__, __LINE__));
+    auto* records = static_cast<RowThreadRecord*>(vz_malloc(4 * sizeof(RowThreadRecord), __FILE__, __LINE__));
+    if (!threads || !records) {
+        // Without the arrays, the slices run one after the other on this thread.
+        const int slice = count / 4;
+        for (int i = 0; i < 4; ++i)
+            function(object, i * slice, (i + 1) * slice - 1);
+        vz_free(threads, __FILE__, __LINE__);
+        vz_free(records, __FILE__, __LINE__);
+        return;
+    }
+    const int slice = count / 4;  // the remainder is dropped
+    for (int i = 0; i < 4; ++i) {
+        records[i] = RowThreadRecord{function, object, i * slice, (i + 1) * slice - 1};
+        try {
+            new (&threads[i]) std::thread(rowWorkerEntry, &records[i]);
+        } catch (const std::system_error&) {
+            // A thread that cannot be started does its slice on this thread.
+            new (&threads[i]) std::thread();
+            rowWorkerEntry(&records[i]);
+        }
+    }
+    for (int i = 0; i < 4; ++i) {
+        if (threads[i].joinable())
+            threads[i].join();
+        threads[i].~thread();
+    }
+    vz_free(threads, __FILE__, __LINE__);
+    vz_free(records, __FILE__, __LINE__);
+}
+
+void RunEngineJobOnFourThreads(void*, FftRowJob job, int count, FftEngine* engine)
+{
+    EngineJob carrier{job, engine};
+    RunFourThreads(&carrier, runEngineSlice, count);
+}

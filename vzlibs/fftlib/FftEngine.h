@@ -1,0 +1,151 @@
+// FftEngine: the defocus engine.
+//
+// Turns a point-spread image into a stored kernel spectrum (PrepareKernel) and
+// convolves the channels of a frame with it (Run). Transforms are square, of a
+// power-of-two side S from 2 to 8192, double-precision real FFTW transforms, out
+// of place. Calls return a boolean and leave the reason for a failure in `status`
+// (FftStatus). Plans and planes are kept from frame to frame and remade only when
+// S changes.
+//
+// Per frame: SetRowRunner, SetAbortCheck, SetPixelAspect; a PSF builder (which
+// ends in PrepareKernel) when the PSF has changed; SetInput; SetBrightEmphasis;
+// SetAlphaEmphasis; Run.
+#pragma once
+
+#include <fftw3.h>
+
+#include <cstdint>
+
+#include "vzlibs/fftlib/fft_status.h"
+#include "vzlibs/imagelib/imagelib.h"
+
+class FftEngine;
+
+// A row job does rows first..last (inclusive) of the job described by the
+// engine's job fields.
+typedef void (*FftRowJob)(FftEngine* engine, int first, int last);
+// Runs a row job over rows 0..count-1, split over threads as it likes.
+typedef void (*FftRowRunner)(void* context, FftRowJob job, int count, FftEngine* engine);
+// Polled once a row by the pixel jobs; non-zero means stop. Called from several
+// threads at once.
+typedef int (*FftAbortCheck)(void* context);
+
+// The only back end built: FFTW. Mode 5 is taken as 4.
+constexpr uint32_t FFT_MODE_FFTW = 4;
+
+class FftEngine {
+public:
+    explicit FftEngine(uint32_t mode = FFT_MODE_FFTW);
+    virtual ~FftEngine();
+
+    FftEngine(const FftEngine&) = delete;
+    FftEngine& operator=(const FftEngine&) = delete;
+
+    // Stores both, unchecked. Jobs go to the runner only when both are non-null.
+    bool SetRowRunner(void* context, FftRowRunner runner);
+    // Stores the check; the first argument is dropped: the check gets the
+    // context of SetRowRunner.
+    bool SetAbortCheck(void* ignored, FftAbortCheck check);
+    // 1 leaves the margin alone, 2 repeats edge pixels into it. Else status 8.
+    bool SetBorderMode(int mode);
+    int GetStatus() const { return status; }
+
+    // Turns `image` (borrowed; one 8-bit channel in practice) into the kernel
+    // spectrum, with `margin` pixels of room kept around it.
+    bool PrepareKernel(ImageRec* image, uint32_t margin);
+    // Takes the frame to convolve; it must be of the PSF image's size.
+    bool SetInput(ImageRec* image);
+    // Convolves the input into `output` (a copy of the input, borrowed). `mask`
+    // must hold 1, 2 and 4; 8 adds alpha.
+    bool Run(ImageRec* output, uint32_t mask);
+    // Clamped to 0..500.
+    void SetBrightEmphasis(float emphasis);
+    void SetAlphaEmphasis(int flag);
+    bool SetPixelAspect(float x, float y);
+
+    // Draws an aperture polygon into psfImage and prepares it as the kernel.
+    bool BuildShapePsf(int width, int height, int shape, float radius1, float radius2, float rotation, int sides);
+    // Cuts a soft-rimmed disc out of `source` into psfImage and prepares it.
+    bool BuildImagePsf(const ImageRec* source, int centreX, int centreY, float radius, float softness);
+
+    // Runs `job` over rows 0..count-1 through the runner, or inline without one.
+    void RunRowJob(FftRowJob job, int count);
+
+    // The smallest power of two at or above n (1 for n below 2); the exponent
+    // goes to *exponent when asked.
+    static int nextPowerOfTwo(int n, int* exponent = nullptr);
+
+    // Fields, in the engine's documented order. Public so that row jobs, PSF
+    // builders and tests can see the state they work on.
+    ImageRec* kernelSource;
+    ImageRec* inputImage;
+    fftw_plan kernelForwardPlan;
+    fftw_plan workForwardPlan;
+    fftw_plan workInversePlan;
+    double* kernelReal;
+    fftw_complex* kernelSpectrum;
+    double* workReal;
+    fftw_complex* workSpectrum;
+    double* lumaPlane;
+    double* chromaAPlane;
+    double* chromaBPlane;
+    uint32_t threadsReady;
+    uint32_t processorCount;
+    uint32_t useWisdom;
+    uint32_t wisdomLoaded;
+    int psfWidth;
+    int psfHeight;
+    int paddedWidth;
+    int paddedHeight;
+    int offsetX;
+    int offsetY;
+    int padMargin;
+    double* jobBuffer;
+    uint8_t jobNormalise;
+    ImageRec* jobSource;
+    int jobBorderMode;
+    float brightEmphasis;
+    uint8_t emphasiseAlpha;
+    ImageRec* jobOutput;
+    int jobChannelBit;
+    int borderMode;
+    ImageRec* psfImage;
+    int status;
+    void* callbackContext;
+    FftRowRunner rowRunner;
+    FftAbortCheck abortCheck;
+    float pixelAspectX;
+    float pixelAspectY;
+    uint32_t mode;
+
+    // Planner calls made by this engine; lets callers see that plans were kept.
+    uint32_t plansMade;
+
+    // Row jobs and passes of PrepareKernel and Run.
+    static void loadKernelRows(FftEngine* engine, int first, int last);
+    static void loadChannelRows(FftEngine* engine, int first, int last);
+    static void multiplySpectrumRows(FftEngine* engine, int first, int last);
+    static void storeFrameRows(FftEngine* engine, int first, int last);
+    // Rotates the plane so that its centre sample moves to the origin, and scales
+    // it to sum 1. Returns a status code.
+    static int normaliseAndCentreKernel(double* plane, int width, int height);
+    // Copies row `top` into the rows above it and the image's last row into the
+    // rows below it.
+    static void extendRows(const ImageRec* image, double* plane, int top, int stride, int rowLength, int rows);
+
+private:
+    enum class PlanKind { KernelForward, WorkForward, WorkInverse };
+
+    // Makes the plan of `kind` if its field is null; status 9 and false on failure.
+    bool makePlan(PlanKind kind);
+    // Planner flags: FFTW_ESTIMATE, or FFTW_MEASURE with wisdom.
+    unsigned planFlags() const;
+    // Frees all planes and destroys all plans (a change of S).
+    void releaseBuffers();
+    // Copies workReal into *plane, allocating it on first use.
+    bool keepPlane(double** plane);
+    // Reads the wisdom file into FFTW's planner; true on success.
+    bool loadWisdom();
+    // Writes FFTW's wisdom to the wisdom file; false if it cannot be opened.
+    bool saveWisdom();
+};

@@ -1,0 +1,375 @@
+// Run: the channel passes of one frame. Each channel index is loaded into
+// workReal as emphasised luma, chroma A, chroma B or alpha, transformed,
+// multiplied with the kernel spectrum and transformed back; a store pass turns
+// the kept planes into pixels. Sample-type and channel branches stand outside
+// the pixel loops: each combination is its own instantiation.
+#include <cstring>
+
+#include "vzlibs/fftlib/FftEngine.h"
+#include "vzlibs/fftlib/emphasis.h"
+
+namespace {
+
+// Colour weights: single-precision constants widened to double.
+constexpr double W_R = static_cast<double>(0.299f);
+constexpr double W_G = static_cast<double>(0.587f);
+constexpr double W_B = static_cast<double>(0.114f);
+constexpr double A_R = static_cast<double>(0.5f);
+constexpr double A_G = static_cast<double>(0.418688f);
+constexpr double A_B = static_cast<double>(0.081312f);
+constexpr double B_B = static_cast<double>(0.617689f);
+constexpr double B_G = static_cast<double>(0.418688f);
+constexpr double B_R = static_cast<double>(0.213267f);
+constexpr double INV_RA = static_cast<double>(1.402f);
+constexpr double INV_GY = static_cast<double>(0.996036f);
+constexpr double INV_GA = static_cast<double>(0.714136f);
+constexpr double INV_GB = static_cast<double>(0.277836f);
+constexpr double INV_BB = static_cast<double>(1.430612f);
+constexpr double INV_BY = static_cast<double>(1.020408f);
+
+// Per sample type: the sample, its read factor k and write factor m.
+template <int Type> struct SampleTraits;
+template <> struct SampleTraits<IMAGE_U8> {
+    using Sample = uint8_t;
+    static constexpr double k = 1.0 / 255.0;
+    static constexpr double m = 255.0;
+};
+template <> struct SampleTraits<IMAGE_U16> {
+    using Sample = uint16_t;
+    static constexpr double k = 1.0 / 65535.0;
+    static constexpr double m = 65535.0;
+};
+template <> struct SampleTraits<IMAGE_I32> {
+    using Sample = uint32_t;
+    static constexpr double k = 2.3283064365386963e-10;
+    static constexpr double m = 4294967295.0;
+};
+
+inline double clampUnit(double v)
+{
+    if (v < 0.0)
+        return 0.0;
+    if (v > 1.0)
+        return 1.0;
+    return v;
+}
+
+// v * m + 0.5 truncated towards zero; the caller keeps the type's width of it.
+// A NaN (from an empty kernel) stores as zero bits, as an integer conversion of
+// the lowest representable value would leave them.
+inline int64_t toInteger(double v, double m)
+{
+    const double scaled = v * m + 0.5;
+    if (!(scaled == scaled))
+        return 0;
+    return static_cast<int64_t>(scaled);
+}
+
+template <int Type> const typename SampleTraits<Type>::Sample* rowOf(const ImageRec* image, int r)
+{
+    return reinterpret_cast<const typename SampleTraits<Type>::Sample*>(static_cast<const unsigned char*>(image->pixels) +
+                                                                        static_cast<size_t>(r) * image->rowBytes);
+}
+
+// Fills the margin columns of one plane row from its first and last loaded sample.
+inline void extendColumns(double* planeRow, int offsetX, int width, int S)
+{
+    const double left = planeRow[offsetX];
+    const double right = planeRow[offsetX + width - 1];
+    for (int x = 0; x < offsetX; ++x)
+        planeRow[x] = left;
+    for (int x = offsetX + width; x < S; ++x)
+        planeRow[x] = right;
+}
+
+template <int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, int last)
+{
+    using T = SampleTraits<Type>;
+    const ImageRec* image = eng->jobSource;
+    const int width = image->width;
+    const int step = image->channels;
+    const int S = eng->paddedWidth;
+    const double e = static_cast<double>(eng->brightEmphasis);
+    const bool alphaEmphasis = eng->emphasiseAlpha != 0;
+    const double k = T::k;
+    for (int r = first; r <= last; ++r) {
+        if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
+            return;
+        const typename T::Sample* in = rowOf<Type>(image, r);
+        double* planeRow = eng->jobBuffer + static_cast<size_t>(r + eng->offsetY) * S;
+        double* out = planeRow + eng->offsetX;
+        if constexpr (Bit == 1 && Type == IMAGE_I32) {
+            // 32-bit luma reads bytes 0, 1 and 2 of the row's first pixel and fills
+            // the row with that one value.
+            const unsigned char* bytes = reinterpret_cast<const unsigned char*>(in);
+            const double c0 = static_cast<double>(bytes[0]) * k;
+            const double c1 = static_cast<double>(bytes[1]) * k;
+            const double c2 = static_cast<double>(bytes[2]) * k;
+            const double value = emphasise(c2 * W_B + c1 * W_G + c0 * W_R, e);
+            for (int x = 0; x < width; ++x)
+                out[x] = value;
+        } else {
+            for (int x = 0; x < width; ++x) {
+                const typename T::Sample* p = in + static_cast<size_t>(x) * step;
+                double v;
+                if constexpr (Bit == 1) {
+                    const double c0 = static_cast<double>(p[0]) * k;
+                    const double c1 = static_cast<double>(p[1]) * k;
+                    const double c2 = static_cast<double>(p[2]) * k;
+                    v = emphasise(c2 * W_B + c1 * W_G + c0 * W_R, e);
+                } else if constexpr (Bit == 2) {
+                    const double c0 = static_cast<double>(p[0]) * k;
+                    const double c1 = static_cast<double>(p[1]) * k;
+                    const double c2 = static_cast<double>(p[2]) * k;
+                    v = c0 * A_R - c1 * A_G - c2 * A_B + 0.5;
+                } else if constexpr (Bit == 4) {
+                    const double c0 = static_cast<double>(p[0]) * k;
+                    const double c1 = static_cast<double>(p[1]) * k;
+                    const double c2 = static_cast<double>(p[2]) * k;
+                    v = c2 * B_B - (c1 * B_G + c0 * B_R) + 0.5;
+                } else {
+                    const double c3 = static_cast<double>(p[3]) * k;
+                    v = alphaEmphasis ? emphasise(c3, e) : c3;
+                }
+                out[x] = v;
+            }
+        }
+        if (eng->jobBorderMode == 2)
+            extendColumns(planeRow, eng->offsetX, width, S);
+    }
+}
+
+template <int Type> void loadChannelRowsOfType(FftEngine* eng, int first, int last)
+{
+    switch (eng->jobChannelBit) {
+    case 1:
+        loadChannelRowsOf<Type, 1>(eng, first, last);
+        break;
+    case 2:
+        loadChannelRowsOf<Type, 2>(eng, first, last);
+        break;
+    case 4:
+        loadChannelRowsOf<Type, 4>(eng, first, last);
+        break;
+    default:
+        loadChannelRowsOf<Type, 8>(eng, first, last);
+        break;
+    }
+}
+
+// Float frames are neither read nor written: the job only polls.
+void pollOnly(FftEngine* eng, int first, int last)
+{
+    for (int r = first; r <= last; ++r)
+        if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
+            return;
+}
+
+template <int Type> void storeFrameRowsOf(FftEngine* eng, int first, int last)
+{
+    using T = SampleTraits<Type>;
+    using Sample = typename T::Sample;
+    ImageRec* image = eng->jobOutput;
+    const int width = image->width;
+    const int step = image->channels;
+    const int S = eng->paddedWidth;
+    const double scale = 1.0 / static_cast<double>(static_cast<int32_t>(eng->paddedHeight * eng->paddedWidth));
+    const double e = static_cast<double>(eng->brightEmphasis);
+    const bool alphaEmphasis = eng->emphasiseAlpha != 0;
+    const bool storeAlpha = (eng->jobChannelBit & 0xFF) == 8;
+    const double m = T::m;
+    for (int r = first; r <= last; ++r) {
+        if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
+            return;
+        Sample* out = const_cast<Sample*>(rowOf<Type>(image, r));
+        const size_t base = static_cast<size_t>(r + eng->offsetY) * S + eng->offsetX;
+        const double* luma = eng->lumaPlane + base;
+        const double* chromaA = eng->chromaAPlane + base;
+        const double* chromaB = eng->chromaBPlane + base;
+        for (int x = 0; x < width; ++x) {
+            const double Y = deemphasise(scale * luma[x], e);
+            const double A = scale * chromaA[x] - 0.5;
+            const double B = scale * chromaB[x] - 0.5;
+            const double R = clampUnit(INV_RA * A + Y);
+            const double G = clampUnit(Y * INV_GY - A * INV_GA - B * INV_GB);
+            const double Bl = clampUnit(B * INV_BB + Y * INV_BY);
+            Sample* p = out + static_cast<size_t>(x) * step;
+            p[0] = static_cast<Sample>(toInteger(R, m));
+            p[1] = static_cast<Sample>(toInteger(G, m));
+            p[2] = static_cast<Sample>(toInteger(Bl, m));
+        }
+        if (storeAlpha) {
+            const double* alpha = eng->jobBuffer + base;
+            for (int x = 0; x < width; ++x) {
+                double v = scale * alpha[x];
+                if (alphaEmphasis)
+                    v = deemphasise(v, e);
+                const int64_t stored = toInteger(clampUnit(v), m);
+                Sample* p = out + static_cast<size_t>(x) * step;
+                if constexpr (Type == IMAGE_I32)
+                    p[3] = static_cast<uint32_t>(stored & 0xFFFF);  // 32-bit alpha keeps its low 16 bits
+                else
+                    p[3] = static_cast<Sample>(stored);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void FftEngine::loadChannelRows(FftEngine* eng, int first, int last)
+{
+    eng->status = FFT_OK;
+    switch (eng->jobSource->sampleType) {
+    case IMAGE_U8:
+        loadChannelRowsOfType<IMAGE_U8>(eng, first, last);
+        break;
+    case IMAGE_U16:
+        loadChannelRowsOfType<IMAGE_U16>(eng, first, last);
+        break;
+    case IMAGE_I32:
+        loadChannelRowsOfType<IMAGE_I32>(eng, first, last);
+        break;
+    default:
+        pollOnly(eng, first, last);
+        break;
+    }
+}
+
+void FftEngine::storeFrameRows(FftEngine* eng, int first, int last)
+{
+    eng->status = FFT_OK;
+    switch (eng->jobOutput->sampleType) {
+    case IMAGE_U8:
+        storeFrameRowsOf<IMAGE_U8>(eng, first, last);
+        break;
+    case IMAGE_U16:
+        storeFrameRowsOf<IMAGE_U16>(eng, first, last);
+        break;
+    case IMAGE_I32:
+        storeFrameRowsOf<IMAGE_I32>(eng, first, last);
+        break;
+    default:
+        pollOnly(eng, first, last);
+        break;
+    }
+}
+
+void FftEngine::multiplySpectrumRows(FftEngine* eng, int first, int last)
+{
+    eng->status = FFT_OK;
+    const int half = eng->paddedHeight / 2;
+    const size_t rowLength = static_cast<size_t>(half) + 1;
+    for (int r = first; r <= last; ++r) {
+        const fftw_complex* kernel = eng->kernelSpectrum + static_cast<size_t>(r) * rowLength;
+        fftw_complex* work = eng->workSpectrum + static_cast<size_t>(r) * rowLength;
+        for (size_t k = 0; k < rowLength; ++k) {
+            const double a = kernel[k][0], b = kernel[k][1];
+            const double c = work[k][0], d = work[k][1];
+            work[k][0] = a * c - b * d;
+            work[k][1] = a * d + b * c;
+        }
+    }
+}
+
+void FftEngine::extendRows(const ImageRec* image, double* plane, int top, int stride, int rowLength, int rows)
+{
+    const size_t bytes = static_cast<size_t>(rowLength) * sizeof(double);
+    const double* topRow = plane + static_cast<size_t>(top) * stride;
+    for (int r = 0; r < top; ++r)
+        std::memcpy(plane + static_cast<size_t>(r) * stride, topRow, bytes);
+    const int bottom = image->height + top;
+    if (bottom < rows) {
+        const double* lastRow = plane + static_cast<size_t>(bottom - 1) * stride;
+        for (int r = bottom; r < rows; ++r)
+            std::memcpy(plane + static_cast<size_t>(r) * stride, lastRow, bytes);
+    }
+}
+
+bool FftEngine::keepPlane(double** plane)
+{
+    const size_t bytes = static_cast<size_t>(paddedWidth) * paddedHeight * sizeof(double);
+    if (!*plane) {
+        *plane = static_cast<double*>(fftw_malloc(bytes));
+        if (!*plane) {
+            status = FFT_ERR_MEMORY;
+            return false;
+        }
+    }
+    std::memcpy(*plane, workReal, bytes);
+    return true;
+}
+
+bool FftEngine::Run(ImageRec* output, uint32_t mask)
+{
+    if (!kernelReal || !inputImage || !kernelSpectrum || !kernelForwardPlan) {
+        status = FFT_ERR_NOT_PREPARED;
+        return false;
+    }
+    // A missing output (or pixel block) is refused as a mismatch with the input.
+    if (!output || !output->pixels || !inputImage->pixels || output->width != inputImage->width ||
+        output->height != inputImage->height || output->sampleType != inputImage->sampleType) {
+        status = FFT_ERR_IMAGE_MISMATCH;
+        return false;
+    }
+    const int channels = output->channels < inputImage->channels ? output->channels : inputImage->channels;
+    if (channels < 3 || (mask & 7u) != 7u) {
+        status = FFT_ERR_CHANNELS;
+        return false;
+    }
+
+    const int S = paddedWidth;
+    const size_t planeBytes = static_cast<size_t>(S) * S * sizeof(double);
+    const size_t spectrumBytes = static_cast<size_t>(S) * (S / 2 + 1) * sizeof(fftw_complex);
+    if (!workReal) {
+        workReal = static_cast<double*>(fftw_malloc(planeBytes));
+        if (!workReal) {
+            status = FFT_ERR_MEMORY;
+            return false;
+        }
+        std::memset(workReal, 0, planeBytes);
+    }
+    if (!workSpectrum) {
+        workSpectrum = static_cast<fftw_complex*>(fftw_malloc(spectrumBytes));
+        if (!workSpectrum) {
+            status = FFT_ERR_MEMORY;
+            return false;
+        }
+        std::memset(workSpectrum, 0, spectrumBytes);
+    }
+    if (!makePlan(PlanKind::WorkForward) || !makePlan(PlanKind::WorkInverse))
+        return false;
+
+    double** kept[3] = {&lumaPlane, &chromaAPlane, &chromaBPlane};
+    for (int i = 0; i < channels && i < 4; ++i) {
+        const int bit = 1 << i;
+        if (!(mask & static_cast<uint32_t>(bit)))
+            continue;
+        jobChannelBit = bit;
+        jobBorderMode = borderMode;
+        jobNormalise = 0;
+        jobSource = inputImage;
+        jobBuffer = workReal;
+        jobOutput = output;
+
+        RunRowJob(loadChannelRows, inputImage->height);
+        if (status != FFT_OK)
+            return false;
+        if (borderMode == 2)
+            extendRows(inputImage, workReal, offsetY, S, S, S);
+        fftw_execute(workForwardPlan);
+        RunRowJob(multiplySpectrumRows, paddedWidth);
+        fftw_execute(workInversePlan);
+        if (i < 3) {
+            if (!keepPlane(kept[i]))
+                return false;
+            if (i > 0)
+                std::memset(workReal, 0, planeBytes);
+        }
+    }
+
+    jobBuffer = workReal;
+    jobOutput = output;
+    RunRowJob(storeFrameRows, output->height);
+    return status == FFT_OK;
+}
