@@ -3,6 +3,7 @@
 
 #include <fftw3.h>
 
+#include <cstdlib>
 #include <initializer_list>
 
 #include "vzlibs/baselib/machine.h"
@@ -54,7 +55,7 @@ FftEngine::FftEngine(uint32_t engineMode)
     if (!threadsReady)
         status = FFT_ERR_THREADS;  // construction goes on; FFTW retries on planning
     processorCount = static_cast<uint32_t>(get_processor_count());
-    useWisdom = 0;
+    useWisdom = std::getenv("VZ_USE_FFTW_WISDOM") != nullptr ? 1u : 0u;  // any value, even empty
     wisdomLoaded = 0;
 }
 
@@ -62,6 +63,8 @@ FftEngine::~FftEngine()
 {
     if (psfImage)
         image_free(psfImage);
+    if (useWisdom)
+        saveWisdom();
     for (fftw_plan* plan : {&kernelForwardPlan, &workForwardPlan, &workInversePlan})
         if (*plan)
             fftw_destroy_plan(*plan);
@@ -159,6 +162,9 @@ bool FftEngine::makePlan(PlanKind kind)
         return true;
     fftw_plan_with_nthreads(static_cast<int>(processorCount));
     const unsigned flags = planFlags();
+    // A failed read is tried again before the next plan; a good one not again.
+    if (useWisdom && !wisdomLoaded)
+        loadWisdom();
     switch (kind) {
     case PlanKind::KernelForward:
         *field = fftw_plan_dft_r2c_2d(paddedWidth, paddedHeight, kernelReal, kernelSpectrum, flags);
@@ -175,6 +181,8 @@ bool FftEngine::makePlan(PlanKind kind)
         status = FFT_ERR_PLAN;
         return false;
     }
+    if (useWisdom)
+        saveWisdom();  // after every plan made, so a crash later keeps the work
     return true;
 }
 

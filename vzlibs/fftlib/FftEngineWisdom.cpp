@@ -1,0 +1,53 @@
+// The wisdom file: FFTW's planner knowledge carried from one start to the next,
+// in fftw3_wisdom_vz.dat in the settings directory. Used only with useWisdom set.
+#include <fftw3.h>
+
+#include <cstdio>
+
+#include "vzlibs/baselib/paths.h"
+#include "vzlibs/fftlib/FftEngine.h"
+
+namespace {
+
+constexpr const char* kWisdomFileName = "fftw3_wisdom_vz.dat";
+
+// The file's path in `path`; false if it does not fit, so that a cut path is
+// never opened.
+bool wisdomPath(char* path, size_t size)
+{
+    const int length = std::snprintf(path, size, "%s%s%s", get_standard_directory(VZ_DIR_SETTINGS), "/",
+                                     kWisdomFileName);
+    return length > 0 && static_cast<size_t>(length) < size;
+}
+
+}  // namespace
+
+bool FftEngine::loadWisdom()
+{
+    wisdomLoaded = 0;
+    char path[8192];
+    if (!wisdomPath(path, sizeof path))
+        return false;
+    FILE* file = std::fopen(path, "r");
+    if (!file)
+        return false;
+    // FFTW refuses a file with bad content as a whole; the read is tried again at
+    // the next plan.
+    if (fftw_import_wisdom_from_file(file) != 0)
+        wisdomLoaded = 1;
+    std::fclose(file);
+    return wisdomLoaded != 0;
+}
+
+bool FftEngine::saveWisdom()
+{
+    char path[8192];
+    if (!wisdomPath(path, sizeof path))
+        return false;
+    FILE* file = std::fopen(path, "w+");
+    if (!file)
+        return false;
+    fftw_export_wisdom_to_file(file);
+    std::fclose(file);
+    return true;
+}
