@@ -1,0 +1,29 @@
+#include "generic/library/HostBufferLayout.h"
+
+#include "generic/library/HostFormatTables.h"
+
+bool hostBufferLayout(int32_t code, int32_t bufferWidth, int32_t bufferHeight, int32_t roiWidth, int32_t roiHeight,
+                      int32_t roiX, int32_t roiY, HostBufferLayout* layout)
+{
+    if (code < 1 || code > 16 || !layout)
+        return false;
+    if (bufferWidth < 1 || bufferHeight < 1 || roiWidth < 1 || roiHeight < 1 || roiX < 0 || roiY < 0)
+        return false;
+    if (static_cast<int64_t>(roiX) + roiWidth > bufferWidth || static_cast<int64_t>(roiY) + roiHeight > bufferHeight)
+        return false;
+    layout->code = code;
+    layout->family = hostColourFamily[code];
+    layout->alphaPlane = hostAlphaPlane[code] != 0;
+    layout->bottomUp = hostBottomUp[code] != 0;
+    layout->sampleBytes = hostSampleBytes[code];
+    layout->bytesPerPixel = hostSamplesPerPixel[code] * hostSampleBytes[code];
+    layout->bufferWidth = bufferWidth;
+    layout->bufferHeight = bufferHeight;
+    layout->roiWidth = roiWidth;
+    layout->roiHeight = roiHeight;
+    layout->roiX = roiX;
+    layout->roiY = roiY;
+    layout->colourPlaneBytes =
+        static_cast<size_t>(bufferWidth) * static_cast<size_t>(bufferHeight) * layout->bytesPerPixel;
+    return true;
+}
