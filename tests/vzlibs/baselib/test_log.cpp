@@ -142,4 +142,17 @@ TEST_F(LogTest, ClockIsSetOnceAndWrapsAtMidnight)
     EXPECT_EQ(out.substr(0, 15), "(VZ LIB) 01:00:") << out;
 }
 
+TEST_F(LogTest, ConsoleLogCopiesToTheStreamWhenFileLoggingIsOn)
+{
+    LogChannel& ch = lib_log_channel();
+    console_log("quiet %d\n", 1);
+    EXPECT_EQ(take(), "");
+    ch.fileLogging = 1;
+    console_log("copied %d\n", 2);
+    ch.fileLogging = 0;
+    EXPECT_EQ(take(), "CONSOLE LOG:copied 2\n");
+    // The console is the terminal or, without one, stderr: it can always be had here.
+    EXPECT_TRUE(console_write(""));
+}
+
 }  // namespace
