@@ -341,6 +341,7 @@ bool FftEngine::Run(ImageRec* output, uint32_t mask)
         return false;
 
     double** kept[3] = {&lumaPlane, &chromaAPlane, &chromaBPlane};
+    // Channel indices past 3 have no quantity of their own and are not run.
     for (int i = 0; i < channels && i < 4; ++i) {
         const int bit = 1 << i;
         if (!(mask & static_cast<uint32_t>(bit)))

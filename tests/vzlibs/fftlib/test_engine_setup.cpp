@@ -206,6 +206,29 @@ TEST(EngineKernel, SecondPreparationAtTheSameSizeKeepsTheEarlierKernelsResidue)
     EXPECT_EQ(fresh.kernelReal[(S / 2) * S + S / 2], 0.0);
 }
 
+TEST(EngineLifetime, AnEngineKeepsWorkingAfterAnotherIsTornDown)
+{
+    // Teardown ends with FFTW's thread clean-up, which is process-wide: the
+    // surviving engine's plans must still run.
+    Image psf(centredDot(16, 16));
+    Image frame(16, 16, 4, 1);
+    frame.fill(20000);
+    Image out(image_clone(frame.rec));
+    FftEngine survivor;
+    ASSERT_TRUE(survivor.PrepareKernel(psf.rec, 2));
+    ASSERT_TRUE(survivor.SetInput(frame.rec));
+    ASSERT_TRUE(survivor.Run(out.rec, 15));
+    {
+        FftEngine other;
+        ASSERT_TRUE(other.PrepareKernel(psf.rec, 2));
+    }
+    out.fill(0);
+    ASSERT_TRUE(survivor.Run(out.rec, 15));
+    EXPECT_NEAR(static_cast<double>(out.get(8, 8, 0)), 20000.0, 1.0);
+    Image psfB(centredDot(16, 16));
+    ASSERT_TRUE(survivor.PrepareKernel(psfB.rec, 2));
+}
+
 TEST(EngineKernel, OddSizesLandOneSampleLeftOfTheOrigin)
 {
     FftEngine engine;
