@@ -1,0 +1,120 @@
+// BuildImagePsf: a soft-rimmed disc cut out of a picture, moved to the middle of
+// psfImage and prepared as the kernel.
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "vzlibs/fftlib/FftEngine.h"
+
+namespace {
+
+// The top byte of channel 0 of a pixel: the byte itself, the high byte of a
+// little-endian 16-bit sample or the top byte of a 32-bit one.
+inline unsigned topByte(const unsigned char* pixel, int sampleType)
+{
+    if (sampleType == IMAGE_U8)
+        return pixel[0];
+    if (sampleType == IMAGE_U16)
+        return pixel[1];
+    return pixel[3];
+}
+
+// Largest margin handed on; beyond every transform size, so PrepareKernel
+// refuses it with FFT_ERR_SIZE.
+constexpr float kMarginCeiling = 16777216.0f;  // 2^24
+
+}  // namespace
+
+bool FftEngine::BuildImagePsf(const ImageRec* source, int centreX, int centreY, float radius, float softness)
+{
+    // A missing source is refused like a missing image in PrepareKernel; radii
+    // that are not finite numbers are refused as arguments. Nothing is touched.
+    if (!source || !source->pixels || source->channels < 1) {
+        status = FFT_ERR_NOT_PREPARED;
+        return false;
+    }
+    if (!std::isfinite(radius) || !std::isfinite(softness)) {
+        status = FFT_ERR_ARGUMENT;
+        return false;
+    }
+    if (softness < 1.0f)
+        softness = 1.0f;
+    // (int)ceil(radius + softness) + 1; a reach too large to convert gets a
+    // margin that PrepareKernel refuses as a size error.
+    const float reach = std::ceil(radius + softness);
+    const uint32_t margin = reach < kMarginCeiling && reach > -kMarginCeiling
+                                ? static_cast<uint32_t>(static_cast<int32_t>(reach) + 1)
+                                : static_cast<uint32_t>(kMarginCeiling);
+
+    // Only integer samples have a top byte; float (and unknown) types are refused.
+    const int type = source->sampleType;
+    if (type != IMAGE_U8 && type != IMAGE_U16 && type != IMAGE_I32) {
+        status = FFT_ERR_PSF_TYPE;
+        return false;
+    }
+
+    const int width = source->width;
+    const int height = source->height;
+    if (psfImage && (psfImage->width != width || psfImage->height != height)) {
+        image_free(psfImage);
+        psfImage = nullptr;
+    }
+    if (!psfImage) {
+        psfImage = image_create(width, height, 1, IMAGE_U8, 1);
+        if (!psfImage) {
+            status = FFT_ERR_MEMORY;
+            return false;
+        }
+    }
+    unsigned char* target = static_cast<unsigned char*>(psfImage->pixels);
+    const size_t targetBytes = static_cast<size_t>(psfImage->rowBytes) * height;
+    std::memset(target, 0, targetBytes);
+
+    const int midX = width / 2;
+    const int midY = height / 2;
+    // Source pixel (c, r) lands on (c - centreX + midX, r - centreY + midY); only
+    // the rows and columns that land inside the image are visited, the rest of
+    // the source is lost rather than wrapped. Wide integers keep far-off centres
+    // from overflowing.
+    const int64_t shiftX = static_cast<int64_t>(midX) - centreX;
+    const int64_t shiftY = static_cast<int64_t>(midY) - centreY;
+    const int64_t firstRow = shiftY < 0 ? -shiftY : 0;
+    const int64_t endRow = shiftY > 0 ? height - shiftY : height;
+    const int64_t firstColumn = shiftX < 0 ? -shiftX : 0;
+    const int64_t endColumn = shiftX > 0 ? width - shiftX : width;
+    const unsigned char* pixels = static_cast<const unsigned char*>(source->pixels);
+    for (int64_t r = firstRow; r < endRow; ++r) {
+        const float dy = static_cast<float>(r - centreY);
+        const unsigned char* in = pixels + static_cast<size_t>(r) * source->rowBytes;
+        unsigned char* out = target + static_cast<size_t>(r + shiftY) * psfImage->rowBytes;
+        for (int64_t c = firstColumn; c < endColumn; ++c) {
+            const float dx = static_cast<float>(c - centreX);
+            const float d = std::sqrt(dx * dx + dy * dy);
+            // Weight 1 inside the radius, falling linearly to 0 at radius + softness.
+            float t = (d - radius) / softness;
+            if (t < 0.0f)
+                t = 0.0f;
+            else if (t > 1.0f)
+                t = 1.0f;
+            const float weight = 1.0f - t;
+            const unsigned sample = topByte(in + static_cast<size_t>(c) * source->pixelBytes, type);
+            out[c + shiftX] = static_cast<unsigned char>(static_cast<int>(static_cast<float>(sample) * weight));
+        }
+    }
+
+    // A cut-out without structure (empty disc, black or uniform source) would
+    // make a flat kernel; it becomes a single bright pixel instead.
+    unsigned char low = 255, high = 0;
+    for (size_t i = 0; i < targetBytes; ++i) {
+        if (target[i] < low)
+            low = target[i];
+        if (target[i] > high)
+            high = target[i];
+    }
+    if (low == high) {
+        std::memset(target, 0, targetBytes);
+        target[static_cast<size_t>(midY) * psfImage->rowBytes + midX] = 255;
+    }
+
+    return PrepareKernel(psfImage, margin);
+}
