@@ -148,4 +148,8 @@ private:
     bool loadWisdom();
     // Writes FFTW's wisdom to the wisdom file; false if it cannot be opened.
     bool saveWisdom();
+    // Makes psfImage a one-channel 8-bit image of width x height, keeping the
+    // current one when its size matches; status FFT_ERR_MEMORY and false when
+    // it cannot be made. The pixels are left as they are.
+    bool acquirePsfImage(int width, int height);
 };

@@ -55,17 +55,8 @@ bool FftEngine::BuildImagePsf(const ImageRec* source, int centreX, int centreY, 
 
     const int width = source->width;
     const int height = source->height;
-    if (psfImage && (psfImage->width != width || psfImage->height != height)) {
-        image_free(psfImage);
-        psfImage = nullptr;
-    }
-    if (!psfImage) {
-        psfImage = image_create(width, height, 1, IMAGE_U8, 1);
-        if (!psfImage) {
-            status = FFT_ERR_MEMORY;
-            return false;
-        }
-    }
+    if (!acquirePsfImage(width, height))
+        return false;
     unsigned char* target = static_cast<unsigned char*>(psfImage->pixels);
     const size_t targetBytes = static_cast<size_t>(psfImage->rowBytes) * height;
     std::memset(target, 0, targetBytes);

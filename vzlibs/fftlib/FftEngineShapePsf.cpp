@@ -104,18 +104,8 @@ bool FftEngine::BuildShapePsf(int width, int height, int shape, float radius1, f
     }
     const uint32_t margin = padMarginOf(radius1 > radius2 ? radius1 : radius2);
 
-    // One image per frame size: reallocated only when the size changes.
-    if (psfImage && (psfImage->width != width || psfImage->height != height)) {
-        image_free(psfImage);
-        psfImage = nullptr;
-    }
-    if (!psfImage) {
-        psfImage = image_create(width, height, 1, IMAGE_U8, 1);
-        if (!psfImage) {
-            status = FFT_ERR_MEMORY;
-            return false;
-        }
-    }
+    if (!acquirePsfImage(width, height))
+        return false;
     std::memset(psfImage->pixels, 0, static_cast<size_t>(psfImage->rowBytes) * psfImage->height);
 
     // The middle of the image, not of a pixel.
