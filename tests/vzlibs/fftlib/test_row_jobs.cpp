@@ -62,10 +62,8 @@ protected:
     static constexpr int W = 8, H = 486;
     void SetUp() override
     {
-        psf = std::make_unique<Image>(blankPsf(W, H));
-        auto* p = static_cast<uint8_t*>(psf->rec->pixels);
-        p[(H / 2) * W + W / 2] = 255;
-        p[(H / 2) * W + W / 2 + 1] = 128;
+        psf = std::make_unique<Image>(dotPsf(W, H));
+        static_cast<uint8_t*>(psf->rec->pixels)[(H / 2) * W + W / 2 + 1] = 128;
         frame = std::make_unique<Image>(W, H, 4, 1);
         for (int y = 0; y < H; ++y)
             for (int x = 0; x < W; ++x)
@@ -135,8 +133,7 @@ TEST_F(EngineRowJobs, AbortThatSaysStopLeavesTheOutputAndRunStillSucceeds)
 TEST_F(EngineRowJobs, TooShortAPsfLoadsNothingAndTheKernelIsNaN)
 {
     // Height 3 with the four-thread runner: no row is loaded, the sum is 0.
-    Image shortPsf(blankPsf(W, 3));
-    static_cast<uint8_t*>(shortPsf.rec->pixels)[W + W / 2] = 255;
+    Image shortPsf(dotPsf(W, 3));
     FftEngine engine;
     engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
     ASSERT_TRUE(engine.PrepareKernel(shortPsf.rec, 1));
