@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cmath>
+#include <utility>
 
 #include "aperture_test_support.h"
 #include "vzlibs/fftlib/FftEngine.h"
@@ -61,6 +62,32 @@ TEST_F(ShapePsf, PolygonSidesAreLimitedToThreeAndFifty)
         ASSERT_TRUE(build(2, 16.0f, 16.0f, 0.0f, sides));
         EXPECT_EQ(picture(), sides < 3 ? triangle : fifty) << sides;
     }
+}
+
+TEST_F(ShapePsf, StreakRunsOutFromTheCentreAndTheBarIsShiftedBackAlongXOnly)
+{
+    // Centre (32, 24); length 20, thickness 4.
+    ASSERT_TRUE(build(3, 20.0f, 4.0f));
+    aperture_test::Extent e = measure();
+    EXPECT_EQ(std::make_pair(e.minX, e.maxX), std::make_pair(32, 51));
+    EXPECT_EQ(std::make_pair(e.minY, e.maxY), std::make_pair(22, 25));
+    ASSERT_TRUE(build(4, 20.0f, 4.0f));
+    EXPECT_EQ(measure().minX, 22);
+    EXPECT_EQ(measure().maxX, 41);
+
+    // Rectangles turn the other way: at 90 degrees the streak runs up the image.
+    ASSERT_TRUE(build(3, 20.0f, 4.0f, 90.0f));
+    e = measure();
+    EXPECT_EQ(std::make_pair(e.minX, e.maxX), std::make_pair(30, 33));
+    EXPECT_EQ(std::make_pair(e.minY, e.maxY), std::make_pair(4, 23));
+    // The bar's y shift uses the half thickness, not the length: one pixel down.
+    ASSERT_TRUE(build(4, 20.0f, 4.0f, 90.0f));
+    EXPECT_EQ(measure().minY, 5);
+    EXPECT_EQ(measure().maxY, 24);
+
+    // An unknown shape code hands the cleared image on.
+    ASSERT_TRUE(build(5, 20.0f, 4.0f));
+    EXPECT_EQ(measure().count, 0);
 }
 
 TEST_F(ShapePsf, ImageIsClearedAtOneSizeAndReplacedAtAnother)
