@@ -32,6 +32,38 @@ void decodeVideoBgraRow(const uint8_t* from, uint16_t* to, int32_t width)
     }
 }
 
+// A Y or chroma sample less its depth's offset.
+template <class Depth>
+float lumaAt(const uint8_t* at)
+{
+    return static_cast<float>(load<typename Depth::Sample>(at)) - Depth::lumaOffset;
+}
+
+template <class Depth>
+float chromaAt(const uint8_t* at)
+{
+    return static_cast<float>(load<typename Depth::Sample>(at)) - Depth::chromaOffset;
+}
+
+// The Cb and Cr parts of R, G and B, shared by the pixels of a pair.
+struct ChromaTerms {
+    float r, g, b;
+};
+
+inline ChromaTerms chromaTerms(float cb, float cr, const float* m)
+{
+    return {cb * m[1] + cr * m[2], cr * m[5] + cb * m[4], cr * m[8] + cb * m[7]};
+}
+
+// One pixel from its Y and its pair's chroma terms, alpha opaque.
+inline void decodePairPixel(float y, const ChromaTerms& t, const float* m, uint16_t* to)
+{
+    to[0] = toFrameSample(t.r + y * m[0]);
+    to[1] = toFrameSample(t.g + y * m[3]);
+    to[2] = toFrameSample(t.b + y * m[6]);
+    to[3] = 32767;
+}
+
 // Cb Y0 Cr Y1 per pair of pixels, chroma terms once per pair, alpha opaque. With
 // an odd width the last pixel is decoded alone from its own Cb Y0 and the Cr of
 // the unit after it; the pixel beyond the row is not written. When that unit lies
@@ -40,37 +72,16 @@ void decodeVideoBgraRow(const uint8_t* from, uint16_t* to, int32_t width)
 template <class Depth>
 void decodePairRow(const uint8_t* from, uint16_t* to, int32_t width, const float* m, bool tailCrReadable)
 {
-    using Sample = typename Depth::Sample;
-    constexpr size_t step = sizeof(Sample);
+    constexpr size_t step = sizeof(typename Depth::Sample);
     const int32_t pairs = width / 2;
     for (int32_t p = 0; p < pairs; ++p, from += 4 * step, to += 8) {
-        const float cb = static_cast<float>(load<Sample>(from)) - Depth::chromaOffset;
-        const float y0 = static_cast<float>(load<Sample>(from + step)) - Depth::lumaOffset;
-        const float cr = static_cast<float>(load<Sample>(from + 2 * step)) - Depth::chromaOffset;
-        const float y1 = static_cast<float>(load<Sample>(from + 3 * step)) - Depth::lumaOffset;
-        const float tR = cb * m[1] + cr * m[2];
-        const float tG = cr * m[5] + cb * m[4];
-        const float tB = cr * m[8] + cb * m[7];
-        to[0] = toFrameSample(tR + y0 * m[0]);
-        to[1] = toFrameSample(tG + y0 * m[3]);
-        to[2] = toFrameSample(tB + y0 * m[6]);
-        to[3] = 32767;
-        to[4] = toFrameSample(tR + y1 * m[0]);
-        to[5] = toFrameSample(tG + y1 * m[3]);
-        to[6] = toFrameSample(tB + y1 * m[6]);
-        to[7] = 32767;
+        const ChromaTerms t = chromaTerms(chromaAt<Depth>(from), chromaAt<Depth>(from + 2 * step), m);
+        decodePairPixel(lumaAt<Depth>(from + step), t, m, to);
+        decodePairPixel(lumaAt<Depth>(from + 3 * step), t, m, to + 4);
     }
     if (width & 1) {
-        const float cb = static_cast<float>(load<Sample>(from)) - Depth::chromaOffset;
-        const float y0 = static_cast<float>(load<Sample>(from + step)) - Depth::lumaOffset;
-        const float cr = tailCrReadable ? static_cast<float>(load<Sample>(from + 2 * step)) - Depth::chromaOffset : 0.0f;
-        const float tR = cb * m[1] + cr * m[2];
-        const float tG = cr * m[5] + cb * m[4];
-        const float tB = cr * m[8] + cb * m[7];
-        to[0] = toFrameSample(tR + y0 * m[0]);
-        to[1] = toFrameSample(tG + y0 * m[3]);
-        to[2] = toFrameSample(tB + y0 * m[6]);
-        to[3] = 32767;
+        const float cr = tailCrReadable ? chromaAt<Depth>(from + 2 * step) : 0.0f;
+        decodePairPixel(lumaAt<Depth>(from + step), chromaTerms(chromaAt<Depth>(from), cr, m), m, to);
     }
 }
 
