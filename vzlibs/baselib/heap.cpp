@@ -12,7 +12,6 @@
 namespace {
 
 bool normalHooked() { return hm_normal_hooks.active != 0; }
-bool imageHooked() { return hm_image_hooks.active != 0; }
 
 // The heap's own duplicate: malloc of length plus one and a copy. A null string
 // gives null (the system's strdup would crash on it).
@@ -55,36 +54,76 @@ void trackedFree(hm_info* info, void* pointer, const char* file, int line, const
     release_hm_mutex();
 }
 
-}  // namespace
-
-void* vz_malloc(uint32_t size, const char* file, int line)
+// vz_malloc and vz_image_malloc: `info` and `hooks` are the kind's; `traced`
+// says whether the call gets a trace line.
+template <typename Hooks>
+void* mallocOfKind(hm_info* info, const Hooks& hooks, uint32_t size, const char* file, int line, const char* name,
+                   bool traced)
 {
     if (!hm_enabled)
         return std::malloc(size);
     void* block = nullptr;
     if (hm_debug) {
         if (size == 0) {
-            lib_log(LOG_ERROR, "VZ-HM-DEBUG: vz_malloc( size=0 ) attempted! [%s(%d)]\n", file, line);
+            lib_log(LOG_ERROR, "VZ-HM-DEBUG: %s( size=0 ) attempted! [%s(%d)]\n", name, file, line);
             return nullptr;
         }
         get_hm_mutex();
         hm_timer_start(&hm_normal_info);
-        block = normalHooked() ? hm_normal_hooks.malloc(hm_normal_hooks.context, size) : std::malloc(size);
+        block = hooks.active ? hooks.malloc(hooks.context, size) : std::malloc(size);
         if (block)
-            hm_record_alloc(&hm_normal_info, block, size, file, line);
+            hm_record_alloc(info, block, size, file, line);
         hm_timer_stop(&hm_normal_info);
         release_hm_mutex();
-    } else if (normalHooked()) {
+    } else if (hooks.active) {
         get_hm_mutex();
-        block = hm_normal_hooks.malloc(hm_normal_hooks.context, size);
+        block = hooks.malloc(hooks.context, size);
         release_hm_mutex();
     } else {
         block = std::malloc(size);
     }
-    if (hm_trace && line)
-        lib_log(LOG_INFO, "VZ-HM-TRACE: vz_malloc(%d) ret (%p) at [%s(%d)]\n", static_cast<int>(size), block, file,
+    if (hm_trace && traced)
+        lib_log(LOG_INFO, "VZ-HM-TRACE: %s(%d) ret (%p) at [%s(%d)]\n", name, static_cast<int>(size), block, file,
                 line);
     return block;
+}
+
+// vz_free and vz_image_free, as mallocOfKind.
+template <typename Hooks>
+void freeOfKind(hm_info* info, const Hooks& hooks, void* pointer, const char* file, int line, const char* name)
+{
+    if (!hm_enabled) {
+        std::free(pointer);
+        return;
+    }
+    if (hm_debug) {
+        if (!pointer) {
+            lib_log(LOG_ERROR, "VZ-HM-DEBUG: %s( NULL ) attempted! [%s(%d)]\n", name, file, line);
+            return;
+        }
+        trackedFree(info, pointer, file, line, name, [&hooks](void* block) {
+            if (hooks.active)
+                hooks.free(hooks.context, block);
+            else
+                std::free(block);
+        });
+    } else if (hooks.active) {
+        get_hm_mutex();
+        hooks.free(hooks.context, pointer);
+        if (hm_trace)
+            lib_log(LOG_INFO, "VZ-HM-TRACE: %s(%p) at [%s(%d)]\n", name, pointer, file, line);
+        release_hm_mutex();
+    } else {
+        std::free(pointer);  // no trace line here, by design
+    }
+}
+
+}  // namespace
+
+void* vz_malloc(uint32_t size, const char* file, int line)
+{
+    // Line 0 gets no trace line here, unlike vz_image_malloc.
+    return mallocOfKind(&hm_normal_info, hm_normal_hooks, size, file, line, "vz_malloc", line != 0);
 }
 
 void* vz_realloc(void* pointer, uint32_t size, const char* file, int line)
@@ -163,86 +202,15 @@ char* vz_strdup(const char* string, const char* file, int line)
 
 void vz_free(void* pointer, const char* file, int line)
 {
-    if (!hm_enabled) {
-        std::free(pointer);
-        return;
-    }
-    if (hm_debug) {
-        if (!pointer) {
-            lib_log(LOG_ERROR, "VZ-HM-DEBUG: vz_free( NULL ) attempted! [%s(%d)]\n", file, line);
-            return;
-        }
-        trackedFree(&hm_normal_info, pointer, file, line, "vz_free", [](void* block) {
-            if (normalHooked())
-                hm_normal_hooks.free(hm_normal_hooks.context, block);
-            else
-                std::free(block);
-        });
-    } else if (normalHooked()) {
-        get_hm_mutex();
-        hm_normal_hooks.free(hm_normal_hooks.context, pointer);
-        if (hm_trace)
-            lib_log(LOG_INFO, "VZ-HM-TRACE: vz_free(%p) at [%s(%d)]\n", pointer, file, line);
-        release_hm_mutex();
-    } else {
-        std::free(pointer);  // no trace line here, by design
-    }
+    freeOfKind(&hm_normal_info, hm_normal_hooks, pointer, file, line, "vz_free");
 }
 
 void* vz_image_malloc(uint32_t size, const char* file, int line)
 {
-    if (!hm_enabled)
-        return std::malloc(size);
-    void* block = nullptr;
-    if (hm_debug) {
-        if (size == 0) {
-            lib_log(LOG_ERROR, "VZ-HM-DEBUG: vz_image_malloc( size=0 ) attempted! [%s(%d)]\n", file, line);
-            return nullptr;
-        }
-        get_hm_mutex();
-        hm_timer_start(&hm_normal_info);
-        block = imageHooked() ? hm_image_hooks.malloc(hm_image_hooks.context, size) : std::malloc(size);
-        if (block)
-            hm_record_alloc(&hm_image_info, block, size, file, line);
-        hm_timer_stop(&hm_normal_info);
-        release_hm_mutex();
-    } else if (imageHooked()) {
-        get_hm_mutex();
-        block = hm_image_hooks.malloc(hm_image_hooks.context, size);
-        release_hm_mutex();
-    } else {
-        block = std::malloc(size);
-    }
-    if (hm_trace)
-        lib_log(LOG_INFO, "VZ-HM-TRACE: vz_image_malloc(%d) ret (%p) at [%s(%d)]\n", static_cast<int>(size), block,
-                file, line);
-    return block;
+    return mallocOfKind(&hm_image_info, hm_image_hooks, size, file, line, "vz_image_malloc", true);
 }
 
 void vz_image_free(void* pointer, const char* file, int line)
 {
-    if (!hm_enabled) {
-        std::free(pointer);
-        return;
-    }
-    if (hm_debug) {
-        if (!pointer) {
-            lib_log(LOG_ERROR, "VZ-HM-DEBUG: vz_image_free( NULL ) attempted! [%s(%d)]\n", file, line);
-            return;
-        }
-        trackedFree(&hm_image_info, pointer, file, line, "vz_image_free", [](void* block) {
-            if (imageHooked())
-                hm_image_hooks.free(hm_image_hooks.context, block);
-            else
-                std::free(block);
-        });
-    } else if (imageHooked()) {
-        get_hm_mutex();
-        hm_image_hooks.free(hm_image_hooks.context, pointer);
-        if (hm_trace)
-            lib_log(LOG_INFO, "VZ-HM-TRACE: vz_image_free(%p) at [%s(%d)]\n", pointer, file, line);
-        release_hm_mutex();
-    } else {
-        std::free(pointer);
-    }
+    freeOfKind(&hm_image_info, hm_image_hooks, pointer, file, line, "vz_image_free");
 }
