@@ -88,6 +88,7 @@ private:
 void BM_EngineRun(benchmark::State& state)
 {
     const uint32_t mask = static_cast<uint32_t>(state.range(0));
+    const bool fourThreads = state.range(1) != 0;
     const int pairs = mask == 15 ? 4 : 3;
     ImagePtr psf = discPsf();
     ImagePtr frame = testFrame();
@@ -95,7 +96,8 @@ void BM_EngineRun(benchmark::State& state)
 
     FftEngine engine;
     int context = 1;
-    engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
+    if (fourThreads)
+        engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
     if (!engine.PrepareKernel(psf.get(), kRadius + 1) || !engine.SetInput(frame.get())) {
         state.SkipWithError("engine set-up failed");
         return;
@@ -129,7 +131,8 @@ void BM_EngineRun(benchmark::State& state)
     state.counters["bare_ms"] = bareSeconds * 1e3;
     state.counters["run_over_bare"] = runSeconds / bareSeconds;
 }
-BENCHMARK(BM_EngineRun)->Arg(7)->Arg(15)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+// Arguments: channel mask; row jobs on the four-thread runner (1) or inline (0).
+BENCHMARK(BM_EngineRun)->ArgNames({"mask", "threads"})->Args({7, 1})->Args({15, 1})->Args({7, 0})->Args({15, 0})->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 
 void BM_BareTransformPairs(benchmark::State& state)
 {
