@@ -65,15 +65,8 @@ FftEngine::~FftEngine()
         image_free(psfImage);
     if (useWisdom)
         saveWisdom();
-    for (fftw_plan* plan : {&kernelForwardPlan, &workForwardPlan, &workInversePlan})
-        if (*plan)
-            fftw_destroy_plan(*plan);
-    for (void* block : {static_cast<void*>(kernelReal), static_cast<void*>(kernelSpectrum),
-                        static_cast<void*>(workReal), static_cast<void*>(workSpectrum),
-                        static_cast<void*>(lumaPlane), static_cast<void*>(chromaAPlane),
-                        static_cast<void*>(chromaBPlane)})
-        if (block)
-            fftw_free(block);
+    destroyPlans();
+    freePlanes();
     fftw_cleanup_threads();
 }
 
@@ -186,16 +179,30 @@ bool FftEngine::makePlan(PlanKind kind)
     return true;
 }
 
-void FftEngine::releaseBuffers()
+namespace {
+
+template <typename T> void releaseBlock(T*& block)
 {
-    for (void** block : {reinterpret_cast<void**>(&kernelReal), reinterpret_cast<void**>(&kernelSpectrum),
-                         reinterpret_cast<void**>(&workReal), reinterpret_cast<void**>(&workSpectrum),
-                         reinterpret_cast<void**>(&lumaPlane), reinterpret_cast<void**>(&chromaAPlane),
-                         reinterpret_cast<void**>(&chromaBPlane)}) {
-        if (*block)
-            fftw_free(*block);
-        *block = nullptr;
-    }
+    if (block)
+        fftw_free(block);
+    block = nullptr;
+}
+
+}  // namespace
+
+void FftEngine::freePlanes()
+{
+    releaseBlock(kernelReal);
+    releaseBlock(kernelSpectrum);
+    releaseBlock(workReal);
+    releaseBlock(workSpectrum);
+    releaseBlock(lumaPlane);
+    releaseBlock(chromaAPlane);
+    releaseBlock(chromaBPlane);
+}
+
+void FftEngine::destroyPlans()
+{
     for (fftw_plan* plan : {&kernelForwardPlan, &workForwardPlan, &workInversePlan}) {
         if (*plan)
             fftw_destroy_plan(*plan);

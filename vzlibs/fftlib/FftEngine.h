@@ -14,7 +14,9 @@
 
 #include <fftw3.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "vzlibs/fftlib/fft_status.h"
 #include "vzlibs/imagelib/imagelib.h"
@@ -140,8 +142,24 @@ private:
     bool makePlan(PlanKind kind);
     // Planner flags: FFTW_ESTIMATE, or FFTW_MEASURE with wisdom.
     unsigned planFlags() const;
-    // Frees all planes and destroys all plans (a change of S).
-    void releaseBuffers();
+    // Frees the seven planes and nulls their fields.
+    void freePlanes();
+    // Destroys the three plans and nulls their fields.
+    void destroyPlans();
+    // Allocates `field` with fftw_malloc and clears it, if it is null. Status 2 and
+    // false when FFTW has no memory; an existing block is left as it is.
+    template <typename T> bool ensureCleared(T*& field, size_t bytes)
+    {
+        if (field)
+            return true;
+        field = static_cast<T*>(fftw_malloc(bytes));
+        if (!field) {
+            status = FFT_ERR_MEMORY;
+            return false;
+        }
+        std::memset(static_cast<void*>(field), 0, bytes);
+        return true;
+    }
     // Copies workReal into *plane, allocating it on first use.
     bool keepPlane(double** plane);
     // Reads the wisdom file into FFTW's planner; true on success.

@@ -8,17 +8,6 @@
 
 namespace {
 
-// The top byte of channel 0 of a pixel: the byte itself, the high byte of a
-// little-endian 16-bit sample or the top byte of a 32-bit one.
-inline unsigned topByte(const unsigned char* pixel, int sampleType)
-{
-    if (sampleType == IMAGE_U8)
-        return pixel[0];
-    if (sampleType == IMAGE_U16)
-        return pixel[1];
-    return pixel[3];
-}
-
 // Largest margin handed on; beyond every transform size, so PrepareKernel
 // refuses it with FFT_ERR_SIZE.
 constexpr float kMarginCeiling = 16777216.0f;  // 2^24
@@ -73,7 +62,9 @@ bool FftEngine::BuildImagePsf(const ImageRec* source, int centreX, int centreY, 
     const int64_t endRow = shiftY > 0 ? height - shiftY : height;
     const int64_t firstColumn = shiftX < 0 ? -shiftX : 0;
     const int64_t endColumn = shiftX > 0 ? width - shiftX : width;
-    const unsigned char* pixels = static_cast<const unsigned char*>(source->pixels);
+    // The top byte of channel 0: the byte itself, the high byte of a little-endian
+    // 16-bit sample or the top byte of a 32-bit one.
+    const unsigned char* pixels = static_cast<const unsigned char*>(source->pixels) + (source->sampleBytes - 1);
     for (int64_t r = firstRow; r < endRow; ++r) {
         const float dy = static_cast<float>(r - centreY);
         const unsigned char* in = pixels + static_cast<size_t>(r) * source->rowBytes;
@@ -88,7 +79,7 @@ bool FftEngine::BuildImagePsf(const ImageRec* source, int centreX, int centreY, 
             else if (t > 1.0f)
                 t = 1.0f;
             const float weight = 1.0f - t;
-            const unsigned sample = topByte(in + static_cast<size_t>(c) * source->pixelBytes, type);
+            const unsigned sample = in[static_cast<size_t>(c) * source->pixelBytes];
             out[c + shiftX] = static_cast<unsigned char>(static_cast<int>(static_cast<float>(sample) * weight));
         }
     }

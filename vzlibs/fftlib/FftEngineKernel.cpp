@@ -136,7 +136,8 @@ bool FftEngine::PrepareKernel(ImageRec* image, uint32_t margin)
     }
 
     if (S != paddedWidth || S != paddedHeight) {
-        releaseBuffers();
+        freePlanes();
+        destroyPlans();
         paddedWidth = S;
         paddedHeight = S;
     }
@@ -145,22 +146,8 @@ bool FftEngine::PrepareKernel(ImageRec* image, uint32_t margin)
 
     const size_t planeBytes = static_cast<size_t>(S) * S * sizeof(double);
     const size_t spectrumBytes = static_cast<size_t>(S) * (S / 2 + 1) * sizeof(fftw_complex);
-    if (!kernelReal) {
-        kernelReal = static_cast<double*>(fftw_malloc(planeBytes));
-        if (!kernelReal) {
-            status = FFT_ERR_MEMORY;
-            return false;
-        }
-        std::memset(kernelReal, 0, planeBytes);
-    }
-    if (!kernelSpectrum) {
-        kernelSpectrum = static_cast<fftw_complex*>(fftw_malloc(spectrumBytes));
-        if (!kernelSpectrum) {
-            status = FFT_ERR_MEMORY;
-            return false;
-        }
-        std::memset(kernelSpectrum, 0, spectrumBytes);
-    }
+    if (!ensureCleared(kernelReal, planeBytes) || !ensureCleared(kernelSpectrum, spectrumBytes))
+        return false;
     if (!makePlan(PlanKind::KernelForward))
         return false;
 

@@ -321,22 +321,8 @@ bool FftEngine::Run(ImageRec* output, uint32_t mask)
     const int S = paddedWidth;
     const size_t planeBytes = static_cast<size_t>(S) * S * sizeof(double);
     const size_t spectrumBytes = static_cast<size_t>(S) * (S / 2 + 1) * sizeof(fftw_complex);
-    if (!workReal) {
-        workReal = static_cast<double*>(fftw_malloc(planeBytes));
-        if (!workReal) {
-            status = FFT_ERR_MEMORY;
-            return false;
-        }
-        std::memset(workReal, 0, planeBytes);
-    }
-    if (!workSpectrum) {
-        workSpectrum = static_cast<fftw_complex*>(fftw_malloc(spectrumBytes));
-        if (!workSpectrum) {
-            status = FFT_ERR_MEMORY;
-            return false;
-        }
-        std::memset(workSpectrum, 0, spectrumBytes);
-    }
+    if (!ensureCleared(workReal, planeBytes) || !ensureCleared(workSpectrum, spectrumBytes))
+        return false;
     if (!makePlan(PlanKind::WorkForward) || !makePlan(PlanKind::WorkInverse))
         return false;
 

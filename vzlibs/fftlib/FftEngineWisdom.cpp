@@ -11,13 +11,16 @@ namespace {
 
 constexpr const char* kWisdomFileName = "fftw3_wisdom_vz.dat";
 
-// The file's path in `path`; false if it does not fit, so that a cut path is
-// never opened.
-bool wisdomPath(char* path, size_t size)
+// Opens the wisdom file in `mode`; null if it cannot be opened or its path does
+// not fit, so that a cut path is never opened.
+FILE* openWisdomFile(const char* mode)
 {
-    const int length = std::snprintf(path, size, "%s%s%s", get_standard_directory(VZ_DIR_SETTINGS), "/",
+    char path[8192];
+    const int length = std::snprintf(path, sizeof path, "%s%s%s", get_standard_directory(VZ_DIR_SETTINGS), "/",
                                      kWisdomFileName);
-    return length > 0 && static_cast<size_t>(length) < size;
+    if (length <= 0 || static_cast<size_t>(length) >= sizeof path)
+        return nullptr;
+    return std::fopen(path, mode);
 }
 
 }  // namespace
@@ -25,10 +28,7 @@ bool wisdomPath(char* path, size_t size)
 bool FftEngine::loadWisdom()
 {
     wisdomLoaded = 0;
-    char path[8192];
-    if (!wisdomPath(path, sizeof path))
-        return false;
-    FILE* file = std::fopen(path, "r");
+    FILE* file = openWisdomFile("r");
     if (!file)
         return false;
     // FFTW refuses a file with bad content as a whole; the read is tried again at
@@ -41,10 +41,7 @@ bool FftEngine::loadWisdom()
 
 bool FftEngine::saveWisdom()
 {
-    char path[8192];
-    if (!wisdomPath(path, sizeof path))
-        return false;
-    FILE* file = std::fopen(path, "w+");
+    FILE* file = openWisdomFile("w+");
     if (!file)
         return false;
     fftw_export_wisdom_to_file(file);
