@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 #include "vzlibs/baselib/machine.h"
+#include "vzlibs/fftlib/fftw_process.h"
 
 FftEngine::FftEngine(uint32_t engineMode)
     : kernelSource(nullptr),
@@ -49,9 +50,15 @@ FftEngine::FftEngine(uint32_t engineMode)
       pixelAspectX(1.0f),
       pixelAspectY(1.0f),
       mode(engineMode == 5 ? FFT_MODE_FFTW : engineMode),
-      plansMade(0)
+      plansMade(0),
+      kernelWidth(-1),
+      kernelHeight(-1),
+      kernelSide(-1),
+      failureContext(nullptr),
+      failureHook(nullptr)
 {
-    threadsReady = fftw_init_threads() != 0 ? 1u : 0u;
+    // FFTW's threads are set up once for all live engines.
+    threadsReady = fftw_process_attach() ? 1u : 0u;
     if (!threadsReady)
         status = FFT_ERR_THREADS;  // construction goes on; FFTW retries on planning
     processorCount = static_cast<uint32_t>(get_processor_count());
@@ -63,11 +70,20 @@ FftEngine::~FftEngine()
 {
     if (psfImage)
         image_free(psfImage);
-    if (useWisdom)
+    if (useWisdom) {
+        std::lock_guard<std::mutex> guard(fftw_planner_mutex());
         saveWisdom();
+    }
     destroyPlans();
     freePlanes();
-    fftw_cleanup_threads();
+    // FFTW's thread clean-up runs only when this is the last live engine.
+    fftw_process_detach();
+}
+
+void FftEngine::SetFailureHook(void* context, FftFailureHook hook)
+{
+    failureContext = context;
+    failureHook = hook;
 }
 
 bool FftEngine::SetRowRunner(void* context, FftRowRunner runner)
@@ -153,11 +169,17 @@ bool FftEngine::makePlan(PlanKind kind)
                                                        : &workInversePlan;
     if (*field)
         return true;
+    // FFTW's planner and wisdom are shared by every engine in the process.
+    std::lock_guard<std::mutex> guard(fftw_planner_mutex());
     fftw_plan_with_nthreads(static_cast<int>(processorCount));
     const unsigned flags = planFlags();
     // A failed read is tried again before the next plan; a good one not again.
     if (useWisdom && !wisdomLoaded)
         loadWisdom();
+    if (injectedFailure(FFT_RESOURCE_PLAN)) {
+        status = FFT_ERR_PLAN;
+        return false;
+    }
     switch (kind) {
     case PlanKind::KernelForward:
         *field = fftw_plan_dft_r2c_2d(paddedWidth, paddedHeight, kernelReal, kernelSpectrum, flags);
@@ -203,6 +225,7 @@ void FftEngine::freePlanes()
 
 void FftEngine::destroyPlans()
 {
+    std::lock_guard<std::mutex> guard(fftw_planner_mutex());
     for (fftw_plan* plan : {&kernelForwardPlan, &workForwardPlan, &workInversePlan}) {
         if (*plan)
             fftw_destroy_plan(*plan);

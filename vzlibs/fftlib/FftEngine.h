@@ -32,6 +32,15 @@ typedef void (*FftRowRunner)(void* context, FftRowJob job, int count, FftEngine*
 // threads at once.
 typedef int (*FftAbortCheck)(void* context);
 
+// What a failure hook is asked about.
+enum FftResource : int {
+    FFT_RESOURCE_PLANE = 1,  // an fftw_malloc of a plane or spectrum
+    FFT_RESOURCE_PLAN = 2,   // a call of FFTW's planner
+};
+// Test seam: asked before each plane allocation and each planner call; a
+// non-zero answer makes that allocation or plan fail as if FFTW had refused it.
+typedef int (*FftFailureHook)(void* context, FftResource resource);
+
 // The only back end built: FFTW. Mode 5 is taken as 4.
 constexpr uint32_t FFT_MODE_FFTW = 4;
 
@@ -69,6 +78,9 @@ public:
     bool BuildShapePsf(int width, int height, int shape, float radius1, float radius2, float rotation, int sides);
     // Cuts a soft-rimmed disc out of `source` into psfImage and prepares it.
     bool BuildImagePsf(const ImageRec* source, int centreX, int centreY, float radius, float softness);
+
+    // Installs (or, with null, removes) the failure hook and its context.
+    void SetFailureHook(void* context, FftFailureHook hook);
 
     // Runs `job` over rows 0..count-1 through the runner, or inline without one.
     void RunRowJob(FftRowJob job, int count);
@@ -122,6 +134,14 @@ public:
 
     // Planner calls made by this engine; lets callers see that plans were kept.
     uint32_t plansMade;
+    // The image size and transform side that the current kernel spectrum and
+    // offsets were made for; -1 while no PrepareKernel has succeeded since the
+    // last attempt. Run convolves only frames of this size.
+    int kernelWidth;
+    int kernelHeight;
+    int kernelSide;
+    void* failureContext;
+    FftFailureHook failureHook;
 
     // Row jobs and passes of PrepareKernel and Run.
     static void loadKernelRows(FftEngine* engine, int first, int last);
@@ -146,13 +166,23 @@ private:
     void freePlanes();
     // Destroys the three plans and nulls their fields.
     void destroyPlans();
+    // True when the failure hook asks for `resource` to fail.
+    bool injectedFailure(FftResource resource) const
+    {
+        return failureHook && failureHook(failureContext, resource) != 0;
+    }
+    // fftw_malloc through the failure hook.
+    void* allocatePlane(size_t bytes) const
+    {
+        return injectedFailure(FFT_RESOURCE_PLANE) ? nullptr : fftw_malloc(bytes);
+    }
     // Allocates `field` with fftw_malloc and clears it, if it is null. Status 2 and
     // false when FFTW has no memory; an existing block is left as it is.
     template <typename T> bool ensureCleared(T*& field, size_t bytes)
     {
         if (field)
             return true;
-        field = static_cast<T*>(fftw_malloc(bytes));
+        field = static_cast<T*>(allocatePlane(bytes));
         if (!field) {
             status = FFT_ERR_MEMORY;
             return false;
@@ -160,6 +190,9 @@ private:
         std::memset(static_cast<void*>(field), 0, bytes);
         return true;
     }
+    // True when the kernel in force was prepared for frames of width x height at
+    // the present transform side, with all its planes and its plan in place.
+    bool kernelServes(int width, int height) const;
     // Copies workReal into *plane, allocating it on first use.
     bool keepPlane(double** plane);
     // Reads the wisdom file into FFTW's planner; true on success.

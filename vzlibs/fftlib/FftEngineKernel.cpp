@@ -117,6 +117,9 @@ bool FftEngine::PrepareKernel(ImageRec* image, uint32_t margin)
     padMargin = static_cast<int>(margin);
     psfWidth = image->width;
     psfHeight = image->height;
+    // Until this call succeeds no kernel serves any frame: a refusal below leaves
+    // the old spectrum in place, but Run will not use it for the new size.
+    kernelWidth = kernelHeight = kernelSide = -1;
 
     const int64_t wideMargin = 2 * static_cast<int64_t>(margin);
     const int64_t needW = image->width + wideMargin;
@@ -162,5 +165,14 @@ bool FftEngine::PrepareKernel(ImageRec* image, uint32_t margin)
     if (status != FFT_OK)
         return false;
     fftw_execute(kernelForwardPlan);
+    kernelWidth = psfWidth;
+    kernelHeight = psfHeight;
+    kernelSide = paddedWidth;
     return true;
+}
+
+bool FftEngine::kernelServes(int width, int height) const
+{
+    return kernelReal && kernelSpectrum && kernelForwardPlan && width == kernelWidth && height == kernelHeight &&
+           kernelSide == paddedWidth && kernelSide == paddedHeight;
 }

@@ -290,7 +290,7 @@ bool FftEngine::keepPlane(double** plane)
 {
     const size_t bytes = static_cast<size_t>(paddedWidth) * paddedHeight * sizeof(double);
     if (!*plane) {
-        *plane = static_cast<double*>(fftw_malloc(bytes));
+        *plane = static_cast<double*>(allocatePlane(bytes));
         if (!*plane) {
             status = FFT_ERR_MEMORY;
             return false;
@@ -302,7 +302,10 @@ bool FftEngine::keepPlane(double** plane)
 
 bool FftEngine::Run(ImageRec* output, uint32_t mask)
 {
-    if (!kernelReal || !inputImage || !kernelSpectrum || !kernelForwardPlan) {
+    // The kernel must have been prepared for this frame's size at the present
+    // transform side: after a refused or failed PrepareKernel the planes may be of
+    // another size than the frame now taken by SetInput.
+    if (!inputImage || !kernelServes(inputImage->width, inputImage->height)) {
         status = FFT_ERR_NOT_PREPARED;
         return false;
     }

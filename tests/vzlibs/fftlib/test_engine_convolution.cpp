@@ -194,3 +194,72 @@ TEST(EngineSampleTypes, FloatFramesPassEveryCheckAndAreLeftAlone)
 }
 
 }  // namespace
+
+namespace {
+
+// The colour weights are single-precision constants widened to double; the
+// tolerances below are far tighter than the gap to the decimal values.
+double single(double v) { return static_cast<double>(static_cast<float>(v)); }
+
+TEST(EngineConstants, LoadWeightsAreSinglePrecisionInEveryPlane)
+{
+    const int w = 8, h = 8;  // margin 0: the frame fills the plane
+    Image psf(dotPsf(w, h));
+    FftEngine engine;
+    ASSERT_TRUE(engine.PrepareKernel(psf.rec, 0));
+    ASSERT_EQ(engine.paddedWidth, 8);
+    Image frame(w, h, 4, 1);
+    std::mt19937 rng(99);
+    randomise(frame, rng);
+    Image out(image_clone(frame.rec));
+    ASSERT_TRUE(engine.SetInput(frame.rec));
+    ASSERT_TRUE(engine.Run(out.rec, 15));
+    const double k = 1.0 / 65535.0, scale = 1.0 / 64.0;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            const double c0 = frame.get(x, y, 0) * k, c1 = frame.get(x, y, 1) * k, c2 = frame.get(x, y, 2) * k;
+            const size_t i = size_t(y) * 8 + x;
+            EXPECT_NEAR(engine.lumaPlane[i] * scale, c2 * single(0.114) + c1 * single(0.587) + c0 * single(0.299),
+                        1e-13);
+            EXPECT_NEAR(engine.chromaAPlane[i] * scale,
+                        c0 * single(0.5) - c1 * single(0.418688) - c2 * single(0.081312) + 0.5, 1e-13);
+            EXPECT_NEAR(engine.chromaBPlane[i] * scale,
+                        c2 * single(0.617689) - (c1 * single(0.418688) + c0 * single(0.213267)) + 0.5, 1e-13);
+        }
+}
+
+TEST(EngineConstants, StoreMatrixIsSinglePrecisionAtThirtyTwoBits)
+{
+    // Flat 32-bit frame: R = 2^31, B = 3 x 2^30, G = 0. The luma of 32-bit frames
+    // comes from the low bytes of the first pixel, here all zero, so R and B
+    // depend on the chroma terms alone, at 2^32 steps to 1.0.
+    Image psf(dotPsf(8, 8));
+    FftEngine engine;
+    ASSERT_TRUE(engine.PrepareKernel(psf.rec, 0));
+    Image frame(8, 8, 4, 2);
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) {
+            frame.set(x, y, 0, 0x80000000u);
+            frame.set(x, y, 1, 0u);
+            frame.set(x, y, 2, 0xC0000000u);
+        }
+    Image out(image_clone(frame.rec));
+    ASSERT_TRUE(engine.SetInput(frame.rec));
+    ASSERT_TRUE(engine.Run(out.rec, 7));
+    auto expected = [](bool singleConstants) {
+        auto c = [singleConstants](double v) { return singleConstants ? single(v) : v; };
+        const double k = std::ldexp(1.0, -32), r = 0x80000000u * k, b = 0xC0000000u * k;
+        const double A = r * c(0.5) - b * c(0.081312);
+        const double B = b * c(0.617689) - r * c(0.213267);
+        const double m = 4294967295.0;
+        return std::make_pair(std::floor(c(1.402) * A * m + 0.5), std::floor(B * c(1.430612) * m + 0.5));
+    };
+    const auto want = expected(true), decimal = expected(false);
+    ASSERT_GT(std::abs(want.first - decimal.first), 8.0);  // the two sets of constants are told apart
+    ASSERT_GT(std::abs(want.second - decimal.second), 8.0);
+    EXPECT_NEAR(double(out.get(3, 3, 0)), want.first, 1.0);
+    EXPECT_NEAR(double(out.get(3, 3, 2)), want.second, 1.0);
+    EXPECT_EQ(out.get(3, 3, 1), 0u);  // green falls below 0 and is clamped
+}
+
+}  // namespace

@@ -1,5 +1,5 @@
 // FftEngine set-up: the size rule, refusals and their codes, plan reuse, the
-// kernel's residue, teardown.
+// kernel's residue.
 #include <gtest/gtest.h>
 
 #include "engine_test_support.h"
@@ -150,26 +150,6 @@ TEST(EngineKernel, CentringAndTheResidueOfASecondPreparationAtTheSameSize)
     ASSERT_TRUE(odd.PrepareKernel(sevenWide.rec, 0));
     ASSERT_EQ(odd.paddedWidth, 8);
     EXPECT_NEAR(odd.kernelReal[7], 1.0, 1e-12);
-}
-
-TEST(EngineLifetime, AnEngineKeepsWorkingAfterAnotherIsTornDown)
-{
-    // Teardown ends with FFTW's process-wide thread clean-up: the surviving
-    // engine's plans must still run.
-    Image psf(dotPsf(16, 16));
-    Image frame(16, 16, 4, 1);
-    frame.fill(20000);
-    Image out(image_clone(frame.rec));
-    FftEngine survivor;
-    ASSERT_TRUE(survivor.PrepareKernel(psf.rec, 2));
-    ASSERT_TRUE(survivor.SetInput(frame.rec));
-    {
-        FftEngine other;
-        ASSERT_TRUE(other.PrepareKernel(psf.rec, 2));
-    }
-    out.fill(0);
-    ASSERT_TRUE(survivor.Run(out.rec, 15));
-    EXPECT_NEAR(static_cast<double>(out.get(8, 8, 0)), 20000.0, 1.0);
 }
 
 }  // namespace

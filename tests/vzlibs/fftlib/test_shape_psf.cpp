@@ -44,11 +44,38 @@ TEST_F(ShapePsf, RotationAndPixelAspectShapeTheEllipse)
     ASSERT_TRUE(build(1, 10.0f, 5.0f, 90.0f));
     EXPECT_NEAR(measure().width(), 10, 1);
     EXPECT_NEAR(measure().height(), 20, 1);
-    // Pixels twice as wide as high: the circle is half as wide, as high as before.
+    // Pixels twice as wide as high: the circle is half as wide, as high as
+    // before, and the margin stays that of the radius: ceil(12) + 1.
     ASSERT_TRUE(engine.SetPixelAspect(2.0f, 1.0f));
     ASSERT_TRUE(build(1, 12.0f, 12.0f));
     EXPECT_EQ(measure().width(), 12);
     EXPECT_NEAR(measure().height(), 24, 1);
+    EXPECT_EQ(engine.padMargin, 13);
+    ASSERT_TRUE(engine.SetPixelAspect(1.0f, 0.5f));
+    ASSERT_TRUE(build(1, 12.0f, 12.0f));
+    EXPECT_NEAR(measure().height(), 48, 1);
+    EXPECT_EQ(engine.padMargin, 13);
+}
+
+TEST_F(ShapePsf, PositiveRotationTurnsFromXTowardsY)
+{
+    // The point 9 px out along the turned x axis (and 2 px in from a triangle's
+    // first vertex) is painted; its mirror across the centre row is not.
+    const double A = 30.0 * pi / 180.0;
+    struct Case {
+        int shape, sides;
+        float r1, r2;
+        double reach;
+    } cases[] = {{1, 0, 12.0f, 3.0f, 9.0}, {2, 3, 16.0f, 16.0f, 14.0}};
+    for (const Case& c : cases)
+        for (float sign : {1.0f, -1.0f}) {
+            ASSERT_TRUE(build(c.shape, c.r1, c.r2, sign * 30.0f, c.sides));
+            const int x = int(32.0 + c.reach * std::cos(A));
+            const int below = int(24.0 + c.reach * std::sin(A)), above = int(24.0 - c.reach * std::sin(A));
+            const int painted = sign > 0 ? below : above, clear = sign > 0 ? above : below;
+            EXPECT_GT(aperture_test::at(engine.psfImage, x, painted), 127) << c.shape << " " << sign;
+            EXPECT_EQ(aperture_test::at(engine.psfImage, x, clear), 0) << c.shape << " " << sign;
+        }
 }
 
 TEST_F(ShapePsf, PolygonSidesAreLimitedToThreeAndFifty)
