@@ -148,3 +148,20 @@ TEST_F(WisdomTest, WithoutTheVariableNothingIsReadOrWritten)
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(WisdomTest, AnEngineGoingKeepsTheWisdomOfThoseThatStay)
+{
+    // FFTW's process-wide clean-up, which forgets all wisdom, waits for the last
+    // live engine.
+    setenv("VZ_USE_FFTW_WISDOM", "", 1);
+    Frame frame;
+    FftEngine stays;
+    ASSERT_TRUE(frame.both(stays));
+    ASSERT_TRUE(measuredWisdomFor(stays.paddedWidth));
+    { FftEngine goes; }
+    EXPECT_TRUE(measuredWisdomFor(stays.paddedWidth));
+}
+
+}  // namespace
