@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 
-#include "generic/library/RunFourThreads.h"
+#include "generic/library/PluginVZ.h"
 #include "vzlibs/baselib/machine.h"
 #include "vzlibs/fftlib/FftEngine.h"
 #include "vzlibs/imagelib/imagelib.h"
@@ -95,9 +95,9 @@ void BM_EngineRun(benchmark::State& state)
     ImagePtr out(image_clone(frame.get()));
 
     FftEngine engine;
-    int context = 1;
+    PluginVZ context;
     if (fourThreads)
-        engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
+        engine.SetRowRunner(&context, PluginVZ::RunRows);
     if (!engine.PrepareKernel(psf.get(), kRadius + 1) || !engine.SetInput(frame.get())) {
         state.SkipWithError("engine set-up failed");
         return;

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "generic/library/RunFourThreads.h"
+#include "generic/library/PluginVZ.h"
 #include "vzlibs/fftlib/FftEngine.h"
 #include "vzlibs/fftlib/polygon.h"
 #include "vzlibs/imagelib/imagelib.h"
@@ -22,8 +22,8 @@ void BM_BuildShapePsf(benchmark::State& state)
     const int shape = static_cast<int>(state.range(0));
     const float radius = static_cast<float>(state.range(1));
     FftEngine engine;
-    int context = 1;
-    engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
+    PluginVZ context;
+    engine.SetRowRunner(&context, PluginVZ::RunRows);
     if (!engine.BuildShapePsf(kWidth, kHeight, shape, radius, radius, 0.0f, 6)) {
         state.SkipWithError("BuildShapePsf failed");
         return;

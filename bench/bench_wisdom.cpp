@@ -19,7 +19,7 @@
 #include <memory>
 #include <string>
 
-#include "generic/library/RunFourThreads.h"
+#include "generic/library/PluginVZ.h"
 #include "vzlibs/baselib/machine.h"
 #include "vzlibs/baselib/paths.h"
 #include "vzlibs/fftlib/FftEngine.h"
@@ -41,6 +41,7 @@ struct Scene {
     ImagePtr psf{image_create(kWidth, kHeight, 1, IMAGE_U8, 1)};
     ImagePtr input{image_create(kWidth, kHeight, 4, IMAGE_U16, 1)};
     ImagePtr output{image_create(kWidth, kHeight, 4, IMAGE_U16, 1)};
+    PluginVZ runner;
     Scene()
     {
         auto* p = static_cast<uint8_t*>(psf->pixels);
@@ -79,7 +80,7 @@ std::unique_ptr<FftEngine> makeEngine(bool wisdom)
     auto engine = std::make_unique<FftEngine>(FFT_MODE_FFTW);
     if (!wisdom && value)
         setenv("VZ_USE_FFTW_WISDOM", saved.c_str(), 1);
-    engine->SetRowRunner(&scene(), RunEngineJobOnFourThreads);
+    engine->SetRowRunner(&scene().runner, PluginVZ::RunRows);
     return engine;
 }
 

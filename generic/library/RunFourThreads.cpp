@@ -14,18 +14,6 @@ int rowWorkerEntry(RowThreadRecord* record)
     return 1;
 }
 
-// Carries an engine row job through the void* signature of RunFourThreads.
-struct EngineJob {
-    FftRowJob job;
-    FftEngine* engine;
-};
-
-void runEngineSlice(void* object, int first, int last)
-{
-    const EngineJob* job = static_cast<const EngineJob*>(object);
-    job->job(job->engine, first, last);
-}
-
 }  // namespace
 
 void RunFourThreads(void* object, RowThreadFunction function, int count)
@@ -58,10 +46,4 @@ void RunFourThreads(void* object, RowThreadFunction function, int count)
         vz_free(threads, __FILE__, __LINE__);
     if (records)
         vz_free(records, __FILE__, __LINE__);
-}
-
-void RunEngineJobOnFourThreads(void*, FftRowJob job, int count, FftEngine* engine)
-{
-    EngineJob carrier{job, engine};
-    RunFourThreads(&carrier, runEngineSlice, count);
 }

@@ -7,8 +7,6 @@
 // count.
 #pragma once
 
-#include "vzlibs/fftlib/FftEngine.h"
-
 // A row function: does rows first..last (inclusive) for `object`.
 typedef void (*RowThreadFunction)(void* object, int first, int last);
 
@@ -23,8 +21,3 @@ struct RowThreadRecord {
 // Calls function(object, first, last) on four threads, one slice each, and
 // returns when all four are done.
 void RunFourThreads(void* object, RowThreadFunction function, int count);
-
-// Row runner for FftEngine::SetRowRunner: runs an engine row job through
-// RunFourThreads. The context is not read; it only has to be non-null for the
-// engine to use the runner.
-void RunEngineJobOnFourThreads(void* context, FftRowJob job, int count, FftEngine* engine);

@@ -51,6 +51,7 @@ FftEngine::FftEngine(uint32_t engineMode)
       pixelAspectY(1.0f),
       mode(engineMode == 5 ? FFT_MODE_FFTW : engineMode),
       plansMade(0),
+      kernelsPrepared(0),
       kernelWidth(-1),
       kernelHeight(-1),
       kernelSide(-1),

@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vzlibs/fftlib/fft_codes.h"
 #include "vzlibs/fftlib/fft_status.h"
 #include "vzlibs/imagelib/imagelib.h"
 
@@ -134,6 +135,8 @@ public:
 
     // Planner calls made by this engine; lets callers see that plans were kept.
     uint32_t plansMade;
+    // PrepareKernel calls made on this engine; lets callers see that a kernel was kept.
+    uint32_t kernelsPrepared;
     // The image size and transform side that the current kernel spectrum and
     // offsets were made for; -1 while no PrepareKernel has succeeded since the
     // last attempt. Run convolves only frames of this size.

@@ -108,6 +108,7 @@ int FftEngine::normaliseAndCentreKernel(double* plane, int width, int height)
 
 bool FftEngine::PrepareKernel(ImageRec* image, uint32_t margin)
 {
+    ++kernelsPrepared;
     // A missing image or pixel block is refused as "not prepared"; nothing changes.
     if (!image || !image->pixels) {
         status = FFT_ERR_NOT_PREPARED;

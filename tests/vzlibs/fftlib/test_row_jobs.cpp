@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "engine_test_support.h"
+#include "generic/library/PluginVZ.h"
 #include "generic/library/RunFourThreads.h"
 
 using namespace enginetest;
@@ -74,13 +75,13 @@ protected:
     }
     static constexpr uint32_t kSentinel = 12345;
     std::unique_ptr<Image> psf, frame, out;
-    int context = 1;  // the runner is used only with a non-null context
+    PluginVZ context;  // the row runner's object
 };
 
 TEST_F(EngineRowJobs, FourThreadRunnerLeavesTheLastHeightModFourRows)
 {
     FftEngine engine;
-    engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
+    engine.SetRowRunner(&context, PluginVZ::RunRows);
     ASSERT_TRUE(engine.PrepareKernel(psf->rec, 2));
     ASSERT_TRUE(engine.SetInput(frame->rec));
     ASSERT_TRUE(engine.Run(out->rec, 15));
@@ -97,7 +98,7 @@ TEST_F(EngineRowJobs, WithoutARunnerOrWithANullContextAllRowsAreDone)
 
     out->fill(kSentinel);
     FftEngine nullContext;
-    nullContext.SetRowRunner(nullptr, RunEngineJobOnFourThreads);
+    nullContext.SetRowRunner(nullptr, PluginVZ::RunRows);
     ASSERT_TRUE(nullContext.PrepareKernel(psf->rec, 2));
     ASSERT_TRUE(nullContext.SetInput(frame->rec));
     ASSERT_TRUE(nullContext.Run(out->rec, 15));
@@ -119,7 +120,7 @@ TEST_F(EngineRowJobs, AbortThatSaysStopLeavesTheOutputAndRunStillSucceeds)
     FftEngine engine;
     ASSERT_TRUE(engine.PrepareKernel(psf->rec, 2));
     ASSERT_TRUE(engine.SetInput(frame->rec));
-    engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
+    engine.SetRowRunner(&context, PluginVZ::RunRows);
     int ignored = 0;
     engine.SetAbortCheck(&ignored, stopAtOnce);
     abortPolls = 0;
@@ -135,7 +136,7 @@ TEST_F(EngineRowJobs, TooShortAPsfLoadsNothingAndTheKernelIsNaN)
     // Height 3 with the four-thread runner: no row is loaded, the sum is 0.
     Image shortPsf(dotPsf(W, 3));
     FftEngine engine;
-    engine.SetRowRunner(&context, RunEngineJobOnFourThreads);
+    engine.SetRowRunner(&context, PluginVZ::RunRows);
     ASSERT_TRUE(engine.PrepareKernel(shortPsf.rec, 1));
     EXPECT_TRUE(std::isnan(engine.kernelReal[0]));
 }

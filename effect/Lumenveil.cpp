@@ -1,0 +1,153 @@
+#include "effect/Lumenveil.h"
+
+#include <cmath>
+#include <new>
+#include <utility>
+
+#include "generic/library/VZImage.h"
+
+Lumenveil::Lumenveil()
+    : pixelAspectX(0.0f),
+      pixelAspectY(0.0f),
+      lastRadius1(0.0f),
+      lastRadius2(0.0f),
+      lastRotation(0.0f),
+      lastShape(0),
+      lastSides(0),
+      lastAspectX(0.0f),
+      lastAspectY(0.0f),
+      lastWidth(0),
+      lastHeight(0),
+      kernelValid(0),
+      engine(new (std::nothrow) FftEngine(FFT_MODE_FFTW))
+{
+    crosshair.owner = innerCircle.owner = outerCircle.owner = this;
+}
+
+Lumenveil::~Lumenveil()
+{
+    delete engine;
+    engine = nullptr;
+}
+
+void Lumenveil::UpdateControls()
+{
+    OnShapeChanged(&shape, 0.0);
+    OnMatchRadiiChanged(&matchRadii, 0.0);
+}
+
+namespace {
+
+// |a - b| < tolerance; false for a NaN on either side, which counts as a change.
+bool within(double a, double b) { return std::fabs(a - b) < kKernelTolerance; }
+
+}  // namespace
+
+bool Lumenveil::kernelStands(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2) const
+{
+    return kernelValid && shapeCode == lastShape && shapeCode != SHAPE_IMAGE && width == lastWidth &&
+           height == lastHeight && within(rotation.value, lastRotation) &&
+           within(radius1, lastRadius1) && within(radius2, lastRadius2) && sides.value == lastSides &&
+           within(pixelAspectX, lastAspectX) && within(pixelAspectY, lastAspectY);
+}
+
+void Lumenveil::buildImageKernel(int32_t width, int32_t height)
+{
+    float a = static_cast<float>(radiusPsf1.value * width * 0.5);
+    float b = static_cast<float>(radiusPsf2.value * width * 0.5);
+    if (b < a)
+        std::swap(a, b);
+    const int x = static_cast<int>(width * centre.x + 0.5);
+    const int y = static_cast<int>(height * centre.y + 0.5);
+    // Without a Spread record no kernel is built and the old one stays.
+    ImageRec* spreadRec = image_from_vzimage(spread.image);
+    if (!spreadRec)
+        return;
+    engine->BuildImagePsf(spreadRec, x, y, a, b - a);
+    image_free(spreadRec);
+}
+
+void Lumenveil::buildKernel(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2)
+{
+    const float turn = static_cast<float>(rotation.value);
+    // Circle and Ellipse pass 6 sides, which the ellipse ignores.
+    constexpr int kIgnoredSides = 6;
+    switch (shapeCode) {
+    case SHAPE_CIRCLE:
+    case SHAPE_ELLIPSE:
+        engine->BuildShapePsf(width, height, FFT_SHAPE_ELLIPSE, radius1, radius2, turn, kIgnoredSides);
+        break;
+    case SHAPE_POLYGON:
+        engine->BuildShapePsf(width, height, FFT_SHAPE_POLYGON, radius1, radius2, turn, sides.value);
+        break;
+    case SHAPE_IMAGE:
+        buildImageKernel(width, height);
+        break;
+    default:
+        break;
+    }
+    // Set whether or not the build succeeded: failures stay in the engine.
+    kernelValid = 1;
+}
+
+void Lumenveil::Render()
+{
+    if (!engine)
+        return;
+    VZImage* in = input.image;
+    VZImage* out = output.image;
+    // Frames come from the caller; without both there is nothing to render.
+    if (!in || !out)
+        return;
+    const int32_t width = static_cast<int32_t>(in->width);
+    const int32_t height = in->height;
+    pixelAspectX = static_cast<float>(out->pixelAspect[0]);
+    pixelAspectY = static_cast<float>(out->pixelAspect[1]);
+
+    ImageRec* inputRec = image_from_vzimage(in);
+    ImageRec* outputRec = inputRec ? image_clone(inputRec) : nullptr;
+
+    engine->SetRowRunner(this, PluginVZ::RunRows);
+    engine->SetAbortCheck(this, PluginVZ::ShouldAbort);
+
+    const int32_t shapeCode = shape.value;
+    const float radius1 = static_cast<float>(radiusX.value * 0.5 * width);
+    const bool ownSecondRadius = shapeCode == SHAPE_ELLIPSE || (shapeCode == SHAPE_POLYGON && matchRadii.value == 0);
+    const float radius2 = ownSecondRadius ? static_cast<float>(radiusY.value * 0.5 * width) : radius1;
+    // Each radius is at least half a pixel (the comparison lets a NaN through).
+    const float pixelRadius1 = radius1 < 0.5f ? 0.5f : radius1;
+    const float pixelRadius2 = radius2 < 0.5f ? 0.5f : radius2;
+    engine->SetPixelAspect(pixelAspectX, pixelAspectY);
+
+    if (!kernelStands(shapeCode, width, height, pixelRadius1, pixelRadius2))
+        buildKernel(shapeCode, width, height, pixelRadius1, pixelRadius2);
+
+    // Without the frame records the engine is not run and the output stays.
+    if (inputRec && outputRec) {
+        engine->SetInput(inputRec);
+        engine->SetBrightEmphasis(static_cast<float>(brightEmphasis.value));
+        uint32_t mask = FFT_MASK_COLOUR;
+        if (alphaEnabled) {
+            engine->SetAlphaEmphasis(emphasiseAlpha.value);
+            mask = FFT_MASK_COLOUR_ALPHA;
+        }
+        engine->Run(outputRec, mask);
+        image_store_to_vzimage(outputRec, out);
+    }
+    image_free(inputRec);
+    image_free(outputRec);
+    if (!alphaEnabled)
+        out->CopyAlphaFrom(in);
+
+    // Kept on every render, also when nothing was rebuilt: a drift below the
+    // tolerance per frame never rebuilds the kernel.
+    lastRadius1 = pixelRadius1;
+    lastRadius2 = pixelRadius2;
+    lastShape = shapeCode;
+    lastRotation = static_cast<float>(rotation.value);
+    lastSides = sides.value;
+    lastAspectX = pixelAspectX;
+    lastAspectY = pixelAspectY;
+    lastWidth = width;
+    lastHeight = height;
+}

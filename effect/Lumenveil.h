@@ -1,0 +1,58 @@
+// Lumenveil: the effect. A PluginVZ that is also its own parameter block and
+// overlay. Render turns the parameter values and frames of one time into calls
+// on its FftEngine, rebuilding the kernel only when the aperture has changed by
+// 0.01 or more since the previous render; Draw and Mouse run the overlay of the
+// image aperture.
+#pragma once
+
+#include <cstdint>
+
+#include "generic/library/LumenveilInfo.h"
+#include "generic/library/OverlayVZ.h"
+#include "generic/library/PluginVZ.h"
+#include "vzlibs/fftlib/FftEngine.h"
+
+// The tolerance below which a change of a radius, rotation or pixel aspect
+// keeps the kernel.
+inline constexpr double kKernelTolerance = 0.01;
+
+class Lumenveil : public PluginVZ, public LumenveilInfo, public OverlayVZ {
+public:
+    // Creates the engine in the faithful mode; without it, Render does nothing.
+    Lumenveil();
+    // Deletes the engine first.
+    ~Lumenveil() override;
+
+    // Defocuses `input` into `output` (both VZImage frames of one size, set in
+    // the slots by the caller) by the controls' values.
+    void Render() override;
+    // Shape's table, then Match Radii's.
+    void UpdateControls() override;
+    // Draws the crosshair and the two circles when Shape is Image.
+    void Draw() override;
+    // Hands the event to the crosshair and both circles, always all three.
+    void Mouse(int event, float x, float y) override;
+
+    float pixelAspectX;
+    float pixelAspectY;
+    float lastRadius1;
+    float lastRadius2;
+    float lastRotation;
+    int32_t lastShape;
+    int32_t lastSides;
+    float lastAspectX;
+    float lastAspectY;
+    int32_t lastWidth;
+    int32_t lastHeight;
+    uint8_t kernelValid;
+    FftEngine* engine;
+
+private:
+    // True when every value that shapes the kernel is within tolerance of the
+    // previous render's.
+    bool kernelStands(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2) const;
+    // Builds the kernel for `shapeCode` (1 to 4).
+    void buildKernel(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2);
+    // Cuts the image aperture out of the Spread frame.
+    void buildImageKernel(int32_t width, int32_t height);
+};

@@ -1,0 +1,106 @@
+#include "hostsdk/CDSBasePropertyPage.h"
+
+#include <cstring>
+
+namespace {
+
+bool sameGuid(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
+
+double asDouble(const VARIANT& v)
+{
+    switch (v.vt) {
+    case VT_I4:
+        return v.lVal;
+    case VT_UI4:
+        return v.ulVal;
+    case VT_UI8:
+        return static_cast<double>(v.ullVal);
+    case VT_BOOL:
+        return v.boolVal ? 1.0 : 0.0;
+    case VT_R8:
+        return v.dblVal;
+    default:
+        return 0.0;
+    }
+}
+
+}  // namespace
+
+HWND CDSBasePropertyPage::AddControl(uint32_t id)
+{
+    auto& slot = widgets[id];
+    if (!slot) {
+        slot = std::make_unique<PageWidget>();
+        slot->id = id;
+    }
+    return slot.get();
+}
+
+HWND CDSBasePropertyPage::GetHwndControl(uint32_t id) const
+{
+    auto it = widgets.find(id);
+    return it == widgets.end() ? nullptr : it->second.get();
+}
+
+VARIANT* CDSBasePropertyPage::find(const GUID& guid)
+{
+    for (auto& [key, value] : properties)
+        if (sameGuid(key, guid))
+            return &value;
+    return nullptr;
+}
+
+void CDSBasePropertyPage::SetProperty(const GUID& guid, const VARIANT& value)
+{
+    if (VARIANT* held = find(guid))
+        *held = value;
+    else
+        properties.emplace_back(guid, value);
+}
+
+void CDSBasePropertyPage::Bind(const GUID& guid, uint32_t id) { bindings.emplace_back(guid, id); }
+
+HRESULT CDSBasePropertyPage::GetAnimatedProperty(const GUID& guid, VARIANT* value, void*, double)
+{
+    const VARIANT* held = find(guid);
+    if (!value || !held)
+        return E_INVALIDARG;
+    const double number = asDouble(*held);
+    if (value->vt == VT_I4)
+        value->lVal = static_cast<int32_t>(number);
+    else {
+        value->vt = VT_R8;
+        value->dblVal = number;
+    }
+    return S_OK;
+}
+
+HRESULT CDSBasePropertyPage::SetAnimatedProperty(const GUID& guid, VARIANT* value, void*, int undoStyle, double time)
+{
+    if (!value)
+        return E_POINTER;
+    SetProperty(guid, *value);
+    writes.push_back({guid, *value, undoStyle, time});
+    return S_OK;
+}
+
+HRESULT CDSBasePropertyPage::SetControlValue(uint32_t id, VARIANT* value)
+{
+    HWND widget = GetHwndControl(id);
+    if (!widget || !value)
+        return E_INVALIDARG;
+    widget->value = *value;
+    return S_OK;
+}
+
+HRESULT CDSBasePropertyPage::SetControlFromProperty(const GUID& guid, void*)
+{
+    const VARIANT* held = find(guid);
+    if (!held)
+        return E_INVALIDARG;
+    for (const auto& [key, id] : bindings)
+        if (sameGuid(key, guid))
+            if (HWND widget = GetHwndControl(id))
+                widget->value = *held;
+    return S_OK;
+}

@@ -1,0 +1,31 @@
+// VARIANT: a tagged value of the few types that properties use.
+#pragma once
+
+#include <cstdint>
+
+typedef uint16_t VARTYPE;
+enum : VARTYPE { VT_EMPTY = 0, VT_I4 = 3, VT_R8 = 5, VT_BOOL = 11, VT_UI4 = 19, VT_UI8 = 21 };
+
+struct VARIANT {
+    VARTYPE vt;
+    union {
+        int32_t lVal;
+        uint32_t ulVal;
+        uint64_t ullVal;
+        double dblVal;
+        int16_t boolVal;  // -1 true, 0 false
+    };
+};
+
+// Makes the variant empty.
+inline void VariantInit(VARIANT* variant)
+{
+    variant->vt = VT_EMPTY;
+    variant->ullVal = 0;
+}
+// Empties the variant; none of the types held owns memory.
+inline int32_t VariantClear(VARIANT* variant)
+{
+    VariantInit(variant);
+    return 0;
+}
