@@ -1,11 +1,13 @@
 #include "generic/library/HostBufferLayout.h"
 
 #include "generic/library/HostFormatTables.h"
+#include "hostsdk/image_format_geometry.h"
 
 bool hostBufferLayout(int32_t code, int32_t bufferWidth, int32_t bufferHeight, int32_t roiWidth, int32_t roiHeight,
                       int32_t roiX, int32_t roiY, HostBufferLayout* layout)
 {
-    if (code < 1 || code > 16 || !layout)
+    const HostFormatGeometry* format = hostFormatGeometry(code);
+    if (!format || !layout)
         return false;
     if (bufferWidth < 1 || bufferHeight < 1 || roiWidth < 1 || roiHeight < 1 || roiX < 0 || roiY < 0)
         return false;
@@ -13,17 +15,16 @@ bool hostBufferLayout(int32_t code, int32_t bufferWidth, int32_t bufferHeight, i
         return false;
     layout->code = code;
     layout->family = hostColourFamily[code];
-    layout->alphaPlane = hostAlphaPlane[code] != 0;
-    layout->bottomUp = hostBottomUp[code] != 0;
-    layout->sampleBytes = hostSampleBytes[code];
-    layout->bytesPerPixel = hostSamplesPerPixel[code] * hostSampleBytes[code];
+    layout->alphaPlane = format->alphaPlane;
+    layout->bottomUp = format->bottomUp;
+    layout->sampleBytes = format->sampleBytes;
+    layout->bytesPerPixel = format->samplesPerPixel * format->sampleBytes;
     layout->bufferWidth = bufferWidth;
     layout->bufferHeight = bufferHeight;
     layout->roiWidth = roiWidth;
     layout->roiHeight = roiHeight;
     layout->roiX = roiX;
     layout->roiY = roiY;
-    layout->colourPlaneBytes =
-        static_cast<size_t>(bufferWidth) * static_cast<size_t>(bufferHeight) * layout->bytesPerPixel;
+    layout->colourPlaneBytes = hostColourPlaneBytes(code, bufferWidth, bufferHeight);
     return true;
 }

@@ -2,10 +2,6 @@
 
 //                                                  code: 0  1  2  3  4  5  6  7  8  9 10 11 12 13 14 15 16
 const uint8_t hostColourFamily[kHostFormatCodeCount] = {0, 0, 0, 1, 2, 1, 2, 0, 3, 4, 3, 4, 0, 5, 6, 5, 6};
-const uint8_t hostAlphaPlane[kHostFormatCodeCount] = {0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 1, 1};
-const uint8_t hostBottomUp[kHostFormatCodeCount] = {0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
-const uint8_t hostSamplesPerPixel[kHostFormatCodeCount] = {0, 4, 4, 2, 2, 2, 2, 4, 2, 2, 2, 2, 4, 2, 2, 2, 2};
-const uint8_t hostSampleBytes[kHostFormatCodeCount] = {0, 1, 1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 4, 4, 4, 4, 4};
 
 // Y Cb Cr to R G B by ITU-R BT.601 / BT.709, luma scaled by 32767/219 and chroma by
 // 32767/224 for 8 bits, both by 32767/16384 for 2.14, both by 32767 for float.

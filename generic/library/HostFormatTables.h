@@ -1,7 +1,8 @@
-// The per-format tables and the colour matrices of the host pixel formats.
+// The colour families and matrices of the host pixel formats; their buffer
+// geometry is hostsdk's (image_format_geometry.h).
 //
-// The five tables are indexed by format code 0..16 (row 0, "not recognised", is
-// all zeros). Both directions read the same tables. Matrices are indexed by colour
+// The family table is indexed by format code 0..16 (row 0, "not recognised", is
+// 0). Both directions read the same tables. Matrices are indexed by colour
 // family 1..6 (row 0 unused) and are single-precision constants:
 //   decode, row-major, rows R G B, columns Y Cb Cr;
 //   encode, row-major, rows Y Cb Cr, columns R G B.
@@ -14,10 +15,6 @@ constexpr int kHostFormatCodeCount = 17;   // codes 0..16
 constexpr int kHostColourFamilyCount = 7;  // families 0..6
 
 extern const uint8_t hostColourFamily[kHostFormatCodeCount];     // 0 RGB, else the matrix pair 1..6
-extern const uint8_t hostAlphaPlane[kHostFormatCodeCount];       // 1: alpha plane behind the colour plane
-extern const uint8_t hostBottomUp[kHostFormatCodeCount];         // 1: frame row 0 is the last buffer row
-extern const uint8_t hostSamplesPerPixel[kHostFormatCodeCount];  // 4 (RGBA) or 2 (Cb Y / Cr Y)
-extern const uint8_t hostSampleBytes[kHostFormatCodeCount];      // 1, 2 or 4
 
 extern const float hostDecodeMatrix[kHostColourFamilyCount][9];
 extern const float hostEncodeMatrix[kHostColourFamilyCount][9];

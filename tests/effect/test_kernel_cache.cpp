@@ -104,6 +104,7 @@ namespace {
 // A host link whose answer the test sets.
 struct Monitor : IDSImageEffectHost {
     int32_t answer = 1;
+    HRESULT FetchInput(int32_t, double, uint64_t, IUnknown**) override { return E_FAIL; }
     int32_t ShouldContinue() override { return answer; }
 };
 

@@ -1,0 +1,47 @@
+#include "host/LumenveilStrings.h"
+
+#include <cstring>
+
+namespace {
+
+struct StringEntry {
+    uint32_t id;
+    const char* text;
+};
+
+// Property strings come in pairs: the name (and short name), then the long name.
+const StringEntry kStrings[] = {
+    {1, "LumenveilVZ"},       {2, "LumenveilVZ"},       {4, "Interactive Tool"},
+    {8, "Input"},             {9, "Spread"},            {10, "VZ Lumenveil"},
+    {14, "Shape"},            {15, "Shape"},            {17, "Match Radii"},
+    {18, "Match Radii"},      {22, "RadiusX"},          {23, "Radius X"},
+    {26, "RadiusY"},          {27, "Radius Y"},         {30, "Sides"},
+    {31, "Sides"},            {34, "Rotation"},         {35, "Rotation"},
+    {38, "Bright Emphasis"},  {39, "Bright Emphasis"},  {41, "Emphasise Alpha"},
+    {42, "Emphasise Alpha"},  {45, "Extreme Precision"}, {46, "Extreme Precision"},
+    {52, "CentreX"},          {53, "CentreX"},          {54, "CentreY"},
+    {55, "CentreY"},          {58, "RadiusPSF1"},       {59, "Radius PSF1"},
+    {62, "RadiusPSF2"},       {63, "Radius PSF2"},
+};
+
+}  // namespace
+
+const char* LumenveilStringText(uint32_t id)
+{
+    for (const StringEntry& entry : kStrings)
+        if (entry.id == id)
+            return entry.text;
+    return nullptr;
+}
+
+int LoadStringW(uint32_t id, wchar_t* buffer, int size)
+{
+    const char* text = LumenveilStringText(id);
+    if (!text || !buffer || size < 1)
+        return 0;
+    int n = 0;
+    for (; text[n] && n < size - 1; ++n)
+        buffer[n] = static_cast<wchar_t>(static_cast<unsigned char>(text[n]));
+    buffer[n] = L'\0';
+    return n;
+}

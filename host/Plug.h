@@ -1,0 +1,93 @@
+// Plug: the effect object a host creates for each use of the effect. It holds
+// the stored values of the properties, owns the Lumenveil that does the image
+// work (shared with its clones), and renders a frame through Execute.
+#pragma once
+
+#include <cstdint>
+
+#include "hostsdk/CDSImageEffect.h"
+
+class Lumenveil;
+class VZImage;
+
+// The effect's class identifier, and that of its property page.
+inline constexpr GUID CLSID_Plug = {0x6888FDA5, 0x1F1F, 0x4662, {0x9C, 0x9E, 0x07, 0x65, 0x50, 0x6D, 0x80, 0xEA}};
+inline constexpr GUID CLSID_PPG_PageOne = {0x31B01C5A, 0xC9EC, 0x4C56, {0x83, 0xCE, 0xFF, 0xEA, 0xC8, 0x17, 0xFA, 0x83}};
+inline constexpr GUID CLSID_IT = {0xB0142538, 0x3884, 0x42B4, {0x83, 0xF8, 0x55, 0x89, 0x0A, 0x4C, 0x8A, 0xE2}};
+
+// The effect's picture for the host: 64 x 51 pixels, 24 bits, rows top down.
+struct EffectBitmap {
+    int32_t width;
+    int32_t height;
+    const uint8_t* pixels;  // B G R
+};
+
+class Plug : public CDSImageMIEffect {
+public:
+    // Complete on return: Init has run.
+    Plug();
+    // A clone: the stored values, the Lumenveil and the animation of `source`.
+    Plug(const Plug& source);
+    ~Plug() override;
+
+    HRESULT Init() override;
+
+    HRESULT GetName(wchar_t* buffer, int size);
+    HRESULT GetLongName(wchar_t* buffer, int size);
+    HRESULT GetBitmap(const EffectBitmap** bitmap);
+    const DSInputTableEntry* GetInputTable(uint32_t* count) const override;
+    HRESULT GetClassID(GUID* classId);
+    // Aggregation is never supported.
+    HRESULT Aggregate(IUnknown* outer);
+
+    const CDSPropertiesMap* GetStaticPropertiesMap() override;
+    uint32_t GetStaticEntryCount() override;
+    GUID PresetClassId() const override;
+
+    HRESULT GetInfo(DSFxInfo* info) override;
+    HRESULT GetImageEffectInfo(DSImgFxInfo* info) override;
+    HRESULT IsFormatSupported(const GUID& format) override;
+    HRESULT SetDefaults() override;
+    HRESULT Verify() override;
+    HRESULT Execute(double time) override;
+    HRESULT Clone(const GUID& iid, void** out) override;
+
+    // Channel merge by selectors: for R, G, B, A in turn, a selector of 0 keeps
+    // the input's sample; s3 == 2 makes the input's alpha the effect's matte.
+    static void mergeChannels(const VZImage* input, VZImage* output, int32_t s0, int32_t s1, int32_t s2, int32_t s3);
+
+    int32_t serverLockTaken;
+    uint64_t lumenveilHandle;   // address of `lumenveil`, for the page and the tool
+    uint64_t lumenveilHandle2;  // read and unused
+    uint32_t changeCount;       // raised by the page so that the host sees a change
+    double spare;
+    // Stored property values, in property order.
+    int32_t shape;              // 0 Circle, 1 Ellipse, 2 Polygon, 3 Image
+    int32_t matchRadii;
+    double radiusX;
+    double radiusY;
+    int32_t sides;
+    double rotation;
+    double brightEmphasis;
+    int32_t emphasiseAlpha;
+    int32_t extremePrecision;
+    double centreX;
+    double centreY;
+    double radiusPsf1;
+    double radiusPsf2;
+    Lumenveil* lumenveil;       // shared with clones; owned by the effect that made it
+    Plug* sourceEffect;         // the effect this one was cloned from, or null
+
+private:
+    // Ties the properties' keys to the stored members above.
+    void bindStoredValues();
+    // Takes one count of the server lock when one exists.
+    void takeServerLock();
+    // Reads the properties at `time` into the Lumenveil's controls.
+    void readParameters(double time);
+    HRESULT runRender(double position);
+};
+
+// The module's server lock count: held by every factory and object while it
+// lives; null until the first class factory sets it.
+extern volatile int32_t* g_serverLockCount;
