@@ -2,7 +2,9 @@
 // land under viewport, ortho and scale, with their edge coverage.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "hostsdk/gl.h"
 
@@ -52,24 +54,20 @@ TEST_F(Drawing, RecordsEachCallWithItsArguments)
     glPushMatrix();
     glPopMatrix();
     glLineWidth(2.0f);
-    ASSERT_EQ(surface.calls.size(), 8u);
-    EXPECT_EQ(surface.calls[0].kind, DrawCall::VIEWPORT);
+    const DrawCall::Kind kinds[] = {DrawCall::VIEWPORT, DrawCall::MATRIX_MODE, DrawCall::LOAD_IDENTITY,
+                                    DrawCall::ORTHO,    DrawCall::SCALE,       DrawCall::PUSH_MATRIX,
+                                    DrawCall::POP_MATRIX, DrawCall::LINE_WIDTH};
+    ASSERT_EQ(surface.calls.size(), std::size(kinds));
+    for (std::size_t i = 0; i < std::size(kinds); ++i)
+        EXPECT_EQ(surface.calls[i].kind, kinds[i]) << i;
     EXPECT_EQ(surface.calls[0].args[2], WIDTH);
-    EXPECT_EQ(surface.calls[1].kind, DrawCall::MATRIX_MODE);
     EXPECT_EQ(surface.calls[1].mode, GL_MODELVIEW);
-    EXPECT_EQ(surface.calls[2].kind, DrawCall::LOAD_IDENTITY);
-    EXPECT_EQ(surface.calls[3].kind, DrawCall::ORTHO);
     const double ortho[6] = {LEFT, LEFT + WIDTH, BOTTOM, BOTTOM + HEIGHT, 0.0, 1.0};
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(surface.calls[3].args[i], ortho[i]);
-    EXPECT_EQ(surface.calls[4].kind, DrawCall::SCALE);
+    EXPECT_TRUE(std::equal(ortho, ortho + 6, surface.calls[3].args));
     EXPECT_EQ(surface.calls[4].args[1], 0.5);
-    EXPECT_EQ(surface.calls[5].kind, DrawCall::PUSH_MATRIX);
-    EXPECT_EQ(surface.calls[6].kind, DrawCall::POP_MATRIX);
-    EXPECT_EQ(surface.calls[7].kind, DrawCall::LINE_WIDTH);
     drawingMakeCurrent(nullptr);
     glEnd();
-    EXPECT_EQ(surface.calls.size(), 8u) << "with no surface current, calls go nowhere";
+    EXPECT_EQ(surface.calls.size(), std::size(kinds)) << "with no surface current, calls go nowhere";
 }
 
 // A horizontal line at object y 121.5, scaled by 0.5: window y 60.75 - 50 =
@@ -180,17 +178,17 @@ TEST_F(Drawing, PopMatrixRestoresWhatPushSaved)
     // the canvas, and (31, 11) would be empty.
 }
 
-// Red of alpha 0.4 over opaque blue: 0.4 red, 0.6 blue. Over nothing: pure red
-// with alpha 0.4.
+// Red of alpha 0.4 over opaque (0.2, 0, 1): 0.4 of the red and 0.6 of what was
+// there. Over nothing: pure red with alpha 0.4.
 TEST_F(Drawing, ColoursBlendOverWhatIsThere)
 {
-    glColor4f(0, 0, 1, 1);
+    glColor4f(0.2f, 0, 1, 1);
     quad(100, 50, 110, 60);  // window (0, 0) to (10, 10)
     glColor4f(1, 0, 0, 0.4f);
     quad(105, 50, 115, 60);  // window (5, 0) to (15, 10)
     const RgbaImage image = surface.Rasterise();
     const uint8_t* both = image.Pixel(7, 5);
-    EXPECT_EQ(both[0], byteOf(0.4));
+    EXPECT_EQ(both[0], byteOf(0.4 + 0.6 * 0.2));
     EXPECT_EQ(both[1], 0);
     EXPECT_EQ(both[2], byteOf(0.6));
     EXPECT_EQ(both[3], 255);
