@@ -104,7 +104,8 @@ void drawQuad(Canvas& canvas, const Vertex* corners)
 // The replayed state of the pipeline.
 class Pipeline {
 public:
-    explicit Pipeline(Canvas& canvas) : canvas(canvas) {}
+    // `origin`: the window position of the canvas's pixel (0, 0).
+    Pipeline(Canvas& canvas, WindowPoint origin) : canvas(canvas), origin(origin) {}
 
     void Play(const DrawCall& call)
     {
@@ -165,7 +166,8 @@ private:
         double clip[4];
         (projection.back() * modelview.back()).Apply(object, clip);
         const double xNdc = clip[0] / clip[3], yNdc = clip[1] / clip[3];
-        return {viewport[0] + (xNdc + 1.0) * viewport[2] / 2.0, viewport[1] + (yNdc + 1.0) * viewport[3] / 2.0};
+        return {viewport[0] - origin.x + (xNdc + 1.0) * viewport[2] / 2.0,
+                viewport[1] - origin.y + (yNdc + 1.0) * viewport[3] / 2.0};
     }
 
     void drawPrimitive()
@@ -179,6 +181,7 @@ private:
     }
 
     Canvas& canvas;
+    const WindowPoint origin;
     std::vector<GlMatrix> modelview{GlMatrix::Identity()};
     std::vector<GlMatrix> projection{GlMatrix::Identity()};
     std::vector<GlMatrix>* stack = &modelview;
@@ -194,14 +197,14 @@ private:
 
 RgbaImage RasteriseDrawing(const std::vector<DrawCall>& calls, RowOrder order)
 {
-    int width = 0, height = 0;
+    const DrawCall* last = nullptr;
     for (const DrawCall& call : calls)
-        if (call.kind == DrawCall::VIEWPORT) {
-            width = static_cast<int>(call.args[2]);
-            height = static_cast<int>(call.args[3]);
-        }
-    Canvas canvas(std::max(width, 0), std::max(height, 0));
-    Pipeline pipeline(canvas);
+        if (call.kind == DrawCall::VIEWPORT)
+            last = &call;
+    const double none[4] = {0, 0, 0, 0};
+    const double* viewport = last ? last->args : none;
+    Canvas canvas(std::max(static_cast<int>(viewport[2]), 0), std::max(static_cast<int>(viewport[3]), 0));
+    Pipeline pipeline(canvas, {viewport[0], viewport[1]});
     for (const DrawCall& call : calls)
         pipeline.Play(call);
     RgbaImage image = canvas.ToImage();

@@ -1,7 +1,7 @@
 // Replays a drawing record into an image, as a GL 1.x pipeline would draw it.
 //
-// - The image has the width and height of the last glViewport in the record
-//   (none: 0 x 0) and covers window pixels [0, width) x [0, height).
+// - The image shows the rectangle of the last glViewport in the record (none:
+//   0 x 0): image pixel (i, j) is window pixel (x + i, y + j).
 // - State starts as GL's: both matrices identity, GL_MODELVIEW selected, colour
 //   opaque white, line width 1. glPopMatrix on a stack of one does nothing, as
 //   does a glOrtho with a zero extent.

@@ -53,7 +53,7 @@ class DrawingSurface {
 public:
     std::vector<DrawCall> calls;
 
-    // Replays `calls` into an image of the last viewport's size over a
+    // Replays `calls` into an image of the last viewport's rectangle over a
     // transparent black background; 0 x 0 if no viewport was set.
     RgbaImage Rasterise(RowOrder order = RowOrder::BOTTOM_UP) const;
 };

@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t GUID_TEXT_LENGTH = 38;
 // Positions of the dashes in the braced text.
 constexpr std::size_t DASH_POSITIONS[] = {9, 14, 19, 24};
-// Where each field's digits start, and how many there are.
+// Where each field's digits start.
 constexpr std::size_t DATA1_AT = 1, DATA2_AT = 10, DATA3_AT = 15, DATA4_HIGH_AT = 20, DATA4_LOW_AT = 25;
 
 int hexValue(char c)
