@@ -34,6 +34,10 @@ struct VWRECT {
     double height;
 };
 
+// A tool object that is also a COM object answers this interface identifier
+// with its CDSInteractiveTool part (one more reference on the object).
+inline constexpr GUID IID_IDSInteractiveTool = {0x4c560204, 0x6d66, 0x4966, {0x8a, 0x24, 0x54, 0x4f, 0x4f, 0x4c, 0x01, 0x04}};
+
 class CDSInteractiveTool {
 public:
     // One InvalidateLayer call.
