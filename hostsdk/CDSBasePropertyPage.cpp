@@ -60,8 +60,10 @@ void CDSBasePropertyPage::SetProperty(const GUID& guid, const VARIANT& value)
 
 void CDSBasePropertyPage::Bind(const GUID& guid, uint32_t id) { bindings.emplace_back(guid, id); }
 
-HRESULT CDSBasePropertyPage::GetAnimatedProperty(const GUID& guid, VARIANT* value, void*, double)
+HRESULT CDSBasePropertyPage::GetAnimatedProperty(const GUID& guid, VARIANT* value, void* params, double time)
 {
+    if (inspected)
+        return inspected->GetAnimatedProperty(guid, value, params, time);
     const VARIANT* held = find(guid);
     if (!value || !held)
         return E_INVALIDARG;
@@ -75,10 +77,17 @@ HRESULT CDSBasePropertyPage::GetAnimatedProperty(const GUID& guid, VARIANT* valu
     return S_OK;
 }
 
-HRESULT CDSBasePropertyPage::SetAnimatedProperty(const GUID& guid, VARIANT* value, void*, int undoStyle, double time)
+HRESULT CDSBasePropertyPage::SetAnimatedProperty(const GUID& guid, VARIANT* value, void* params, int undoStyle,
+                                                 double time)
 {
     if (!value)
         return E_POINTER;
+    if (inspected) {
+        const HRESULT status = inspected->SetAnimatedProperty(guid, value, params, undoStyle, time);
+        if (SUCCEEDED(status))
+            writes.push_back({guid, *value, undoStyle, time});
+        return status;
+    }
     SetProperty(guid, *value);
     writes.push_back({guid, *value, undoStyle, time});
     return S_OK;
@@ -93,14 +102,16 @@ HRESULT CDSBasePropertyPage::SetControlValue(uint32_t id, VARIANT* value)
     return S_OK;
 }
 
-HRESULT CDSBasePropertyPage::SetControlFromProperty(const GUID& guid, void*)
+HRESULT CDSBasePropertyPage::SetControlFromProperty(const GUID& guid, void* params)
 {
-    const VARIANT* held = find(guid);
-    if (!held)
+    VARIANT held;
+    VariantInit(&held);
+    held.vt = VT_R8;
+    if (FAILED(GetAnimatedProperty(guid, &held, params, -1.0)))
         return E_INVALIDARG;
     for (const auto& [key, id] : bindings)
         if (sameGuid(key, guid))
             if (HWND widget = GetHwndControl(id))
-                widget->value = *held;
+                widget->value = held;
     return S_OK;
 }

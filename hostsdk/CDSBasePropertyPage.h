@@ -1,9 +1,11 @@
 // CDSBasePropertyPage: a property page with widgets by number and the
 // properties of the object it inspects.
 //
-// Widgets remember what was done to them (see window.h). Properties are held
-// by GUID; a write through SetAnimatedProperty is also logged with its undo
-// style and time, so that a caller can see when the host's property changed.
+// Widgets remember what was done to them (see window.h). Properties are those
+// of the inspected object, through its operator (see SetOperator); without one
+// the page holds them itself, by GUID. A write through SetAnimatedProperty is
+// also logged with its undo style and time, so that a caller can see when the
+// host's property changed.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +15,7 @@
 
 #include "hostsdk/guid.h"
 #include "hostsdk/hresult.h"
+#include "hostsdk/IVWOperator.h"
 #include "hostsdk/variant.h"
 #include "hostsdk/window.h"
 
@@ -46,7 +49,12 @@ public:
     // Shows the property's value in the widget bound to it (see Bind).
     HRESULT SetControlFromProperty(const GUID& guid, void* params);
 
-    // Sets a property's value without logging (the inspected object's state).
+    // Reads and writes properties through `object` (not owned) from now on;
+    // null returns to the page's own store.
+    void SetOperator(IVWOperator* object) { inspected = object; }
+    IVWOperator* Operator() const { return inspected; }
+
+    // Sets a property's value in the page's own store, without logging.
     void SetProperty(const GUID& guid, const VARIANT& value);
     // Ties widget `id` to a property, for SetControlFromProperty.
     void Bind(const GUID& guid, uint32_t id);
@@ -57,6 +65,7 @@ private:
     std::vector<std::pair<GUID, VARIANT>> properties;
     std::vector<std::pair<GUID, uint32_t>> bindings;
     std::vector<PropertyWrite> writes;
+    IVWOperator* inspected = nullptr;
 
     VARIANT* find(const GUID& guid);
 };

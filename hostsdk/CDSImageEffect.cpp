@@ -227,6 +227,11 @@ HRESULT CDSImageEffect::GetPropertiesMap(const CDSPropertiesMap** map)
 
 HRESULT CDSImageEffect::GetProperty(const GUID& guid, VARIANT* value, double time)
 {
+    if (value && guid == DSPROPID_TimespanLength) {
+        value->vt = VT_R8;
+        value->dblVal = timespanLength;
+        return S_OK;
+    }
     return GetValue(guid, value, time);
 }
 

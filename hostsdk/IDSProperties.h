@@ -9,6 +9,9 @@
 
 inline constexpr GUID IID_IDSProperties = {0x4c560203, 0x6d66, 0x4966, {0x8a, 0x23, 0x50, 0x52, 0x4f, 0x50, 0x01, 0x03}};
 
+// The time-span length (seconds, VT_R8, read only) that every effect answers.
+inline constexpr GUID DSPROPID_TimespanLength = {0x1ED4F2F4, 0xC90F, 0x11D1, {0x95, 0xF2, 0x00, 0x00, 0xF8, 0x75, 0xC4, 0x68}};
+
 struct IDSProperties : IUnknown {
     // The object's map, initialised; it stays valid while the module is loaded.
     virtual HRESULT GetPropertiesMap(const CDSPropertiesMap** map) = 0;

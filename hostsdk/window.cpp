@@ -47,3 +47,14 @@ LRESULT SendMessage(HWND window, uint32_t message, WPARAM wParam, LPARAM lParam)
         return 0;
     }
 }
+
+int32_t SetNumberControlRange(HWND window, const VARIANT* low, const VARIANT* high)
+{
+    if (!window || !low || !high)
+        return static_cast<int32_t>(0x80004003u);
+    if (window->className != "number")
+        return static_cast<int32_t>(0x80004002u);
+    window->rangeLow = low->dblVal;
+    window->rangeHigh = high->dblVal;
+    return 0;
+}

@@ -10,6 +10,9 @@
 
 struct PageWidget {
     uint32_t id = 0;
+    std::string className;                 // "combobox", "static", "checkbox", "button", "number"
+    std::string text;                      // label, or a number control's set-up string
+    int32_t x = 0, y = 0, width = 0, height = 0;  // dialog units
     bool shown = true;
     bool enabled = true;
     VARIANT value{};                       // what SetControlValue last put there
@@ -44,3 +47,7 @@ bool ShowWindow(HWND window, int command);
 // takes a `const char*` in lParam and the index in wParam. Unknown messages and
 // a null window give 0.
 LRESULT SendMessage(HWND window, uint32_t message, WPARAM wParam, LPARAM lParam);
+
+// Sets the range of a number control (className "number") from two VT_R8
+// variants; E_NOINTERFACE for any other widget, E_POINTER for null arguments.
+int32_t SetNumberControlRange(HWND window, const VARIANT* low, const VARIANT* high);

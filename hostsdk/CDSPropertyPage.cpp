@@ -1,0 +1,218 @@
+#include "hostsdk/CDSPropertyPage.h"
+
+#include <cstdio>
+#include <cstring>
+
+CDSPropertyPage::CDSPropertyPage(uint32_t dialog, uint32_t title) : dialogId(dialog), titleId(title) {}
+
+CDSPropertyPage::~CDSPropertyPage() { Close(); }
+
+HRESULT CDSPropertyPage::Open(IUnknown* inspected, const DSDialogTemplate* description)
+{
+    if (!inspected || !description)
+        return E_POINTER;
+    Close();
+    inspected->AddRef();
+    object = inspected;
+    properties = std::make_unique<PropertiesOperator>(inspected);
+    SetOperator(properties.get());
+    dialog = description;
+    for (int i = 0; i < description->controlCount; ++i) {
+        const DSDialogControl& c = description->controls[i];
+        HWND widget = AddControl(c.id);
+        widget->className = c.className;
+        widget->text = c.text ? c.text : "";
+        widget->x = c.x;
+        widget->y = c.y;
+        widget->width = c.width;
+        widget->height = c.height;
+    }
+    if (CDSPPGControlMap* map = GetControlMap())
+        for (const CDSPPGControlMapEntry* e = map->Entries(); e && e->property; ++e)
+            if (e->control != DS_PPG_NONE)
+                Bind(*e->property, e->control);
+    const HRESULT status = OnInitPage();
+    visible = true;
+    UpdateUI(nullptr, object, nullptr, 0);
+    return status;
+}
+
+void CDSPropertyPage::Close()
+{
+    SetOperator(nullptr);
+    properties.reset();
+    if (object)
+        object->Release();
+    object = nullptr;
+    visible = false;
+}
+
+HRESULT CDSPropertyPage::Show(bool show)
+{
+    visible = show;
+    return S_OK;
+}
+
+HRESULT CDSPropertyPage::Help(const wchar_t*) { return S_OK; }
+HRESULT CDSPropertyPage::OnInitPage() { return S_OK; }
+
+HRESULT CDSPropertyPage::UpdateUI(const GUID* property, void*, void*, uint32_t)
+{
+    CDSPPGControlMap* map = GetControlMap();
+    if (!map)
+        return S_OK;
+    for (const CDSPPGControlMapEntry* e = map->Entries(); e && e->property; ++e) {
+        if (e->propertyType == VT_EMPTY || (property && !(*property == *e->property)))
+            continue;
+        VARIANT value;
+        VariantInit(&value);
+        value.vt = VT_R8;
+        if (FAILED(GetAnimatedProperty(*e->property, &value, nullptr, -1.0)))
+            continue;
+        const double number = value.dblVal;
+        if (e->field) {
+            VARIANT field;
+            VariantInit(&field);
+            field.vt = e->fieldType;
+            VariantFromNumber(&field, number);
+            void* at = e->field(this);
+            switch (e->fieldType) {
+            case VT_I4:
+                *static_cast<int32_t*>(at) = field.lVal;
+                break;
+            case VT_BOOL:
+                *static_cast<int32_t*>(at) = field.boolVal != 0;
+                break;
+            case VT_UI4:
+                *static_cast<uint32_t*>(at) = field.ulVal;
+                break;
+            case VT_UI8:
+                *static_cast<uint64_t*>(at) = field.ullVal;
+                break;
+            default:
+                *static_cast<double*>(at) = field.dblVal;
+                break;
+            }
+        }
+        HWND widget = e->control != DS_PPG_NONE ? GetHwndControl(e->control) : nullptr;
+        if (!widget)
+            continue;
+        if (widget->className == "combobox")
+            widget->selection = static_cast<int32_t>(number);
+        else if (widget->className == "checkbox")
+            widget->checkState = number != 0.0 ? BST_CHECKED : BST_UNCHECKED;
+        else
+            widget->value = value;
+    }
+    return S_OK;
+}
+
+HRESULT CDSPropertyPage::TransportNotify(int32_t, double, CDSTime time)
+{
+    if (properties)
+        properties->SetCurrentTime(time.seconds);
+    return S_OK;
+}
+
+HRESULT CDSPropertyPage::UserChange(uint32_t id, double number)
+{
+    CDSPPGControlMap* map = GetControlMap();
+    const CDSPPGControlMapEntry* e = map ? map->ForControl(id) : nullptr;
+    HWND widget = GetHwndControl(id);
+    if (!e || !widget || e->propertyType == VT_EMPTY)
+        return E_INVALIDARG;
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = e->propertyType;
+    VariantFromNumber(&value, number);
+    if (widget->className == "combobox")
+        widget->selection = static_cast<int32_t>(number);
+    else if (widget->className == "checkbox")
+        widget->checkState = number != 0.0 ? BST_CHECKED : BST_UNCHECKED;
+    else
+        widget->value = value;
+    const HRESULT status = SetAnimatedProperty(*e->property, &value, nullptr, UNDO_STYLE, -1.0);
+    if (FAILED(status))
+        return status;
+    if (e->handler)
+        e->handler(this);
+    return S_OK;
+}
+
+HRESULT CDSPropertyPage::UserClick(uint32_t id)
+{
+    CDSPPGControlMap* map = GetControlMap();
+    const CDSPPGControlMapEntry* e = map ? map->ForControl(id) : nullptr;
+    if (!e || !e->handler)
+        return E_INVALIDARG;
+    e->handler(this);
+    return S_OK;
+}
+
+HRESULT CDSPropertyPage::SetBoundVariableFromProperty(const GUID& guid, void*)
+{
+    CDSPPGControlMap* map = GetControlMap();
+    const CDSPPGControlMapEntry* e = map ? map->ForProperty(guid) : nullptr;
+    if (!e || !e->field)
+        return E_INVALIDARG;
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = e->fieldType;
+    const HRESULT status = GetPlainProperty(guid, &value, object);
+    if (FAILED(status))
+        return status;
+    void* at = e->field(this);
+    switch (e->fieldType) {
+    case VT_UI8:
+        *static_cast<uint64_t*>(at) = value.vt == VT_UI8 ? value.ullVal : static_cast<uint64_t>(VariantNumber(value));
+        break;
+    case VT_UI4:
+        *static_cast<uint32_t*>(at) = static_cast<uint32_t>(VariantNumber(value));
+        break;
+    case VT_R8:
+        *static_cast<double*>(at) = VariantNumber(value);
+        break;
+    default:
+        *static_cast<int32_t*>(at) = static_cast<int32_t>(VariantNumber(value));
+        break;
+    }
+    return S_OK;
+}
+
+HRESULT CDSPropertyPage::GetPlainProperty(const GUID& guid, VARIANT* value, void*)
+{
+    if (!properties)
+        return E_UNEXPECTED;
+    return properties->GetPlainProperty(guid, value);
+}
+
+CDSTime CDSPropertyPage::ConvertToLocalTime(CDSTime time, void*) const { return time; }
+
+std::string CDSPropertyPage::DescribeState() const
+{
+    std::string text;
+    char line[512];
+    for (int i = 0; dialog && i < dialog->controlCount; ++i) {
+        const PageWidget* w = GetHwndControl(dialog->controls[i].id);
+        if (!w)
+            continue;
+        std::snprintf(line, sizeof line, "%3u %-9s %-18s %s%s", w->id, w->className.c_str(),
+                      w->className == "number" ? "" : w->text.c_str(), w->shown ? "shown" : "hidden",
+                      w->enabled ? "" : " disabled");
+        text += line;
+        if (w->className == "number") {
+            std::snprintf(line, sizeof line, " value=%g range=%g..%g", VariantNumber(w->value), w->rangeLow,
+                          w->rangeHigh);
+            text += line;
+        } else if (w->className == "checkbox") {
+            text += w->checkState == BST_CHECKED ? " checked" : " clear";
+        } else if (w->className == "combobox") {
+            std::snprintf(line, sizeof line, " selection=%d entries=", w->selection);
+            text += line;
+            for (size_t e = 0; e < w->listEntries.size(); ++e)
+                text += (e ? "|" : "") + w->listEntries[e];
+        }
+        text += "\n";
+    }
+    return text;
+}
