@@ -12,6 +12,7 @@ struct StringEntry {
 // Property strings come in pairs: the name (and short name), then the long name.
 const StringEntry kStrings[] = {
     {1, "LumenveilVZ"},       {2, "LumenveilVZ"},       {4, "Interactive Tool"},
+    {6, "Overlay"},
     {8, "Input"},             {9, "Spread"},            {10, "VZ Lumenveil"},
     {14, "Shape"},            {15, "Shape"},            {17, "Match Radii"},
     {18, "Match Radii"},      {22, "RadiusX"},          {23, "Radius X"},

@@ -4,7 +4,9 @@
 
 #include "host/CDsClassFactory.h"
 #include "host/LumenveilProperties.h"
+#include "host/IT.h"
 #include "host/LumenveilStrings.h"
+#include "host/PPG_PageOne.h"
 #include "host/Plug.h"
 #include "hostsdk/registration.h"
 
@@ -28,13 +30,13 @@ template <typename T> HRESULT makeFactory(const GUID& iid, void** out)
 struct ClassRow {
     const GUID* clsid;
     uint32_t nameString;
-    FactoryMaker maker;  // null: the class is registered but not yet served here
+    FactoryMaker maker;
 };
 
 const ClassRow kClasses[] = {
     {&CLSID_Plug, IDS_EFFECT_NAME, makeFactory<Plug>},
-    {&CLSID_PPG_PageOne, IDS_PAGE_NAME, nullptr},
-    {&CLSID_IT, IDS_TOOL_NAME, nullptr},
+    {&CLSID_PPG_PageOne, IDS_PAGE_NAME, makeFactory<PPG_PageOne>},
+    {&CLSID_IT, IDS_TOOL_NAME, makeFactory<IT>},
 };
 
 // The host's families the effect belongs to, ending in a null GUID.
@@ -98,6 +100,15 @@ HRESULT unregisterAll()
 
 }  // namespace
 
+static HRESULT getClassObject(const GUID& clsid, const GUID& iid, void** out);
+
+// Makes the module's classes known to CoCreateInstance while it is loaded, so
+// that the page can create its tool.
+static struct InProcessServer {
+    InProcessServer() { CoRegisterInProcessServer(getClassObject); }
+    ~InProcessServer() { CoRevokeInProcessServer(getClassObject); }
+} g_inProcessServer;
+
 LUMENVEIL_EXPORT HRESULT DllCanUnloadNow() { return *g_serverLockCount == 0 ? S_OK : S_FALSE; }
 
 LUMENVEIL_EXPORT HRESULT DllGetClassObject(const GUID& clsid, const GUID& iid, void** out)
@@ -107,9 +118,11 @@ LUMENVEIL_EXPORT HRESULT DllGetClassObject(const GUID& clsid, const GUID& iid, v
     *out = nullptr;
     for (const ClassRow& row : kClasses)
         if (*row.clsid == clsid)
-            return row.maker ? row.maker(iid, out) : CLASS_E_CLASSNOTAVAILABLE;
+            return row.maker(iid, out);
     return CLASS_E_CLASSNOTAVAILABLE;
 }
+
+static HRESULT getClassObject(const GUID& clsid, const GUID& iid, void** out) { return DllGetClassObject(clsid, iid, out); }
 
 LUMENVEIL_EXPORT HRESULT DllRegisterServer()
 {

@@ -1,0 +1,77 @@
+// PPG_PageOne: the effect's property page. It binds its controls to the
+// effect's properties, applies the live ranges of the number controls, shows
+// and hides controls by Shape and Match Radii, and starts and stops the
+// viewer overlay with its Overlay button.
+#pragma once
+
+#include <cstdint>
+
+#include "hostsdk/CDSPropertyPage.h"
+#include "hostsdk/com.h"
+
+class Lumenveil;
+class CDSInteractiveTool;
+
+// Ids of the page's own controls.
+inline constexpr uint32_t ID_OVERLAY_BUTTON = 5;
+inline constexpr uint32_t IDD_PAGE_ONE = 11;
+inline constexpr int32_t kOverlayContextKind = 3;
+
+// The page's dialog.
+const DSDialogTemplate& PageOneDialog();
+
+class PPG_PageOne : public CDSPropertyPage, public IUnknown {
+public:
+    PPG_PageOne();
+    ~PPG_PageOne() override;
+
+    HRESULT QueryInterface(const GUID& iid, void** out) override;
+    uint32_t AddRef() override;
+    uint32_t Release() override;
+
+    // Opens the page on an effect with the page's own dialog.
+    HRESULT OpenOn(IUnknown* effect);
+
+    HRESULT Show(bool visible) override;
+    // Opens the effect's help page; always 0.
+    HRESULT Help(const wchar_t* directory) override;
+    CDSPPGControlMap* GetControlMap() override;
+    HRESULT OnInitPage() override;
+    HRESULT UpdateUI(const GUID* property, void* object, void* params, uint32_t flags) override;
+    HRESULT TransportNotify(int32_t state, double rate, CDSTime time) override;
+
+    // Handlers of the control map.
+    void OnShapeListChanged();
+    void OnMatchRadiiClicked();
+    void OnOverlayButton();
+
+    int32_t serverLockTaken;
+    Lumenveil* lumenveil;
+    uint32_t overlayContext;   // 0: the overlay is off
+    IUnknown* tool;            // the interactive tool, made once
+    uint64_t lumenveilHandle;
+    uint64_t lumenveilHandle2;
+    uint32_t changeCount;
+    int32_t shape;
+    int32_t matchRadii;
+    double radiusX;
+    double radiusY;
+    int32_t sides;
+    double rotation;
+    double brightEmphasis;
+    int32_t emphasiseAlpha;
+    int32_t extremePrecision;
+    double centreX;
+    double centreY;
+    double radiusPsf1;
+    double radiusPsf2;
+
+private:
+    // Sets the page member of the twelve controls of `lumenveil`.
+    void attachControls(CDSBasePropertyPage* page);
+    // Whether `time` lies inside the inspected effect's time span.
+    bool insideEffect(CDSTime time);
+    // Writes the change counter's new value so that the host sees a change.
+    void announceChange();
+    volatile int32_t references;
+};
