@@ -9,7 +9,7 @@
 
 namespace {
 
-// The three switches a text sets, as "edt", after "refused " if it is refused.
+// The switches a text sets, as "edt", after "refused " if it is refused.
 std::string parse(const char* text)
 {
     int32_t enabled = 7, debug = 7, trace = 7;
@@ -17,29 +17,19 @@ std::string parse(const char* text)
     return (ok ? "" : "refused ") + std::to_string(enabled) + std::to_string(debug) + std::to_string(trace);
 }
 
-TEST(HeapSwitchWords, TrackAndTraceCombineAndOtherWordsAreRefused)
+TEST(HeapSwitches, WordsCombineAndTheEnvironmentSetsThemBeforeTheFirstAllocation)
 {
-    EXPECT_EQ(parse("track"), "110");
-    EXPECT_EQ(parse(" trace, track "), "111");
-    EXPECT_EQ(parse("tracks"), "refused 777");
-}
-
-// Prints the switches, then makes a bad free (survived only when tracked) and
-// a traced free.
-void child()
-{
-    std::fprintf(stderr, "switches %d %d %d\n", hm_enabled, hm_debug, hm_trace);
-    int local = 0;
-    if (hm_debug)
-        vz_free(&local, "child.cpp", 7);
-    vz_free(vz_malloc(21, "child/maker.cpp", 5), "child.cpp", 8);
-    std::exit(0);
-}
-
-TEST(HeapStartUp, EnvironmentSwitchesTrackingOnBeforeTheFirstAllocation)
-{
-    // The "threadsafe" style runs the child as a new start of this program, with
-    // the environment as it stands.
+    EXPECT_EQ(parse("track") + parse(" trace, track ") + parse("") + parse("tracks"), "110111000refused 777");
+    // The child, a new start of this program, prints its switches, makes a bad free
+    // (survived only when tracked) and a traced free.
+    const auto child = [] {
+        std::fprintf(stderr, "switches %d %d %d\n", hm_enabled, hm_debug, hm_trace);
+        int local = 0;
+        if (hm_debug)
+            vz_free(&local, "child.cpp", 7);
+        vz_free(vz_malloc(21, "child/maker.cpp", 5), "child.cpp", 8);
+        std::exit(0);
+    };
     const std::string style = GTEST_FLAG_GET(death_test_style);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     setenv("VZ_HEAP_DEBUG", "track,trace", 1);
