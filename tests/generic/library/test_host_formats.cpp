@@ -177,7 +177,7 @@ struct Region {
 };
 // A region inside a larger buffer, odd in width and height, and a whole buffer of
 // odd width, where the last pair's Cr comes from the next row or lies beyond the plane.
-constexpr Region kRegions[] = {{10, 7, 5, 5, 2, 1}, {7, 3, 7, 3, 0, 0}};
+constexpr Region kRegions[] = {{10, 7, 5, 5, 2, 1}, {33, 17, 33, 17, 0, 0}};
 // Frame row shown by each row of a five-row frame, by field flags 0 to 3: the pass
 // works in place from the top, and the last row has no successor.
 constexpr int kFieldSource[4][5] = {{0, 1, 2, 3, 4}, {1, 1, 3, 3, 4}, {0, 0, 2, 2, 4}, {1, 1, 3, 3, 4}};
@@ -256,16 +256,16 @@ TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
             for (uint32_t flags = 0; flags < (r.h == 5 ? 4u : 1u); ++flags) {
                 const Buffer b = sampleBuffer(code, r.bw, r.bh);
                 EXPECT_TRUE(framePixels(decode(b, r, flags), r.w, r.h, [&](int x, int y) {
-                    return b.decode(r.x, r.x + x, b.row(r.y, kFieldSource[flags][y]));
+                    return b.decode(r.x, r.x + x, b.row(r.y, flags ? kFieldSource[flags][y] : y));
                 })) << "code " << code << " buffer width " << r.bw << " flags " << flags;
             }
 }
 
 TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
 {
-    // Known colours: white, black, the primaries, mid grey, the secondaries; some
-    // beyond full scale, so that pair formats meet their limits (RGBA formats get
-    // them held to 32767 and varied).
+    // Known colours first: white, black, the primaries, mid grey, the secondaries,
+    // some beyond full scale, so that pair formats meet their limits (RGBA formats
+    // get them held to 32767); then random samples.
     const int colours[13][3] = {{32767, 32767, 32767}, {0, 0, 0},         {32767, 0, 0},   {0, 32767, 0},
                                 {0, 0, 32767},         {16384, 16384, 16384}, {32767, 32767, 0}, {0, 32767, 32767},
                                 {32767, 0, 32767},     {65535, 65535, 0}, {0, 0, 65535},   {65535, 0, 65535},
@@ -280,11 +280,12 @@ TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
         EXPECT_TRUE(sameBytes(got, want)) << "code " << code << ", all values";
         for (const Region& r : kRegions) {
             VZImage frame(r.w, r.h, 0, static_cast<uint16_t*>(nullptr), 0u);
-            for (int i = 0; i < r.w * r.h; ++i)
-                for (int c = 0; c < 4; ++c) {
-                    const int v = c == 3 ? (i * 7919) % 32768 : colours[i % 13][c];
-                    frame.pixels[4 * i + c] = static_cast<uint16_t>(kFormats[code].family ? v : std::min(v, 32767) ^ (i * 37 * c));
-                }
+            uint32_t seed = 99;
+            for (int i = 0; i < 4 * r.w * r.h; ++i) {
+                seed = seed * 1664525u + 1013904223u;
+                const int v = i % 4 == 3 || i >= 4 * 13 ? seed >> 17 : colours[i / 4][i % 4];
+                frame.pixels[i] = static_cast<uint16_t>(kFormats[code].family ? v : std::min(v, 32767));
+            }
             for (uint32_t flags = 0; flags < 4; ++flags) {
                 Buffer got(code, r.bw, r.bh, 0xEE), want(got);
                 vzImageToHost(&frame, got.bytes.data(), r.bw, r.bh, r.w, r.h, r.x, r.y, code, flags);
@@ -304,8 +305,8 @@ TEST(HostSamples, WorkedValues)
         {1, {255, 128, 1, 0}, {}, {32767, 16448, 128, 0}},
         {2, {16, 236, 235, 255, 126, 0, 0, 0}, {}, {32767, 0, 0, 32767, 0, 0, 16458, 0}},  // B G R A; 236 wraps
         {7, {16384, 20000, -1, 8192}, {}, {32767, 32767, 0, 16383}},
-        {12, {1.0, 0.5, 2.0, NAN}, {}, {32767, 16383, 32767, 0}},
-        {15, {0, 0, 0, 0}, {0.5, 1.0}, {0, 0, 0, 16384, 0, 0, 0, 32767}},  // alpha plane: x 32767 + 0.5
+        {12, {1.0, 0.5, 1.0 - 1.0 / 65536, NAN}, {}, {32767, 16383, 32767, 0}},  // x 32767.5
+        {15, {0, 0, 0, 0}, {0.5, 2.0}, {0, 0, 0, 16384, 0, 0, 0, 32767}},  // alpha plane: x 32767 + 0.5
         {3, {128, 235, 128, 16}, {}, {32767, 32767, 32767, 32767, 0, 0, 0, 32767}},
         {3, {91, 81, 240, 126}, {}, {32695, 0, 134, 32767, 32767, 6620, 6867, 32767}}};
     for (const auto& c : decoded) {

@@ -37,11 +37,11 @@ TEST(ImageCreate, FieldsOfEachSampleTypeAndBlocksFromTheirHeaps)
     const int sampleBytes[4] = {1, 2, 4, 4};
     const long page = sysconf(_SC_PAGESIZE);
     for (int type = 0; type < 4; ++type) {
-        ImageRec* rec = image_create(3, 7, 5, type, 0x10001);  // the low 16 bits become ownsPixels
+        ImageRec* rec = image_create(3, 7, 5, type, 0x20003);  // the low 16 bits become ownsPixels
         ASSERT_NE(rec, nullptr);
         EXPECT_EQ(std::vector<int>({rec->width, rec->height, rec->channels, rec->sampleType, rec->reserved,
                                     rec->ownsPixels, rec->sampleBytes, rec->pixelBytes, int(rec->rowBytes)}),
-                  std::vector<int>({3, 7, 5, type, 0, 1, sampleBytes[type], 5 * sampleBytes[type],
+                  std::vector<int>({3, 7, 5, type, 0, 3, sampleBytes[type], 5 * sampleBytes[type],
                                     15 * sampleBytes[type]}));
         EXPECT_EQ(rec->aspect, 3.0 / 7.0);
         EXPECT_EQ(rec->region[0] | rec->region[1] | rec->region[2] | rec->region[3] | rec->regionSet, 0u);
