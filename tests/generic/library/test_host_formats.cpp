@@ -1,6 +1,7 @@
 // Host pixel formats: codes, then decoding and encoding of every format against a
 // reference written here from the format table, the published matrices and the
 // sample rules, one pixel at a time; worked values; field passes; refusals.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,6 +15,8 @@
 #include "hostsdk/image_formats.h"
 
 namespace {
+
+using ::testing::ElementsAreArray;
 
 struct Format {
     int family, alphaPlane, bottomUp, samples, bytes;
@@ -209,27 +212,12 @@ Buffer sampleBuffer(int code, int width, int height)
     return b;
 }
 
-// Compares a decoded frame with the reference, naming the first difference.
-template <class Want>
-::testing::AssertionResult framePixels(const Frame& frame, int width, int height, Want want)
+// The samples of a frame, or of a buffer.
+std::vector<int> samples(const Frame& frame)
 {
-    for (int y = 0; frame && y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            for (int c = 0; c < 4; ++c)
-                if (frame->rows[y][4 * x + c] != want(x, y)[c])
-                    return ::testing::AssertionFailure() << "pixel (" << x << "," << y << ") channel " << c << ": "
-                                                         << frame->rows[y][4 * x + c] << ", expected " << want(x, y)[c];
-    return frame ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << "no frame";
+    return frame ? std::vector<int>(frame->pixels, frame->pixels + 4 * frame->width * frame->height) : std::vector<int>();
 }
-
-::testing::AssertionResult sameBytes(const Buffer& got, const Buffer& want)
-{
-    const auto [g, w] = std::mismatch(got.bytes.begin(), got.bytes.end(), want.bytes.begin());
-    if (g == got.bytes.end())
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "byte " << g - got.bytes.begin() << ": " << int(*g) << ", expected "
-                                         << int(*w);
-}
+std::vector<int> samples(const Buffer& b) { return std::vector<int>(b.bytes.begin(), b.bytes.end()); }
 
 TEST(HostFormatPick, NamesFifteenFormatsInOrderAndNeverSixteen)
 {
@@ -255,9 +243,13 @@ TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
         for (const Region& r : kRegions)
             for (uint32_t flags = 0; flags < (r.h == 5 ? 4u : 1u); ++flags) {
                 const Buffer b = sampleBuffer(code, r.bw, r.bh);
-                EXPECT_TRUE(framePixels(decode(b, r, flags), r.w, r.h, [&](int x, int y) {
-                    return b.decode(r.x, r.x + x, b.row(r.y, flags ? kFieldSource[flags][y] : y));
-                })) << "code " << code << " buffer width " << r.bw << " flags " << flags;
+                std::vector<int> want;
+                for (int y = 0; y < r.h; ++y)
+                    for (int x = 0; x < r.w; ++x)
+                        for (const int v : b.decode(r.x, r.x + x, b.row(r.y, flags ? kFieldSource[flags][y] : y)))
+                            want.push_back(v);
+                EXPECT_THAT(samples(decode(b, r, flags)), ElementsAreArray(want))
+                    << "code " << code << " buffer width " << r.bw << " flags " << flags;
             }
 }
 
@@ -277,7 +269,7 @@ TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
         Buffer got(code, 32768, 1, 0), want(got);
         vzImageToHost(&ramp, got.bytes.data(), 32768, 1, 32768, 1, 0, 0, code, 0);
         want.encode(ramp.pixels, 32768, 0, 0);
-        EXPECT_TRUE(sameBytes(got, want)) << "code " << code << ", all values";
+        EXPECT_THAT(samples(got), ElementsAreArray(samples(want))) << "code " << code << ", all values";
         for (const Region& r : kRegions) {
             VZImage frame(r.w, r.h, 0, static_cast<uint16_t*>(nullptr), 0u);
             uint32_t seed = 99;
@@ -292,7 +284,8 @@ TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
                 for (int y = 0; y < r.h; ++y)
                     if (!(y % 2 == 0 && (flags & 1)) && !(y % 2 == 1 && (flags & 2)))
                         want.encode(frame.rows[y], r.w, r.x, want.row(r.y, y));
-                EXPECT_TRUE(sameBytes(got, want)) << "code " << code << " buffer width " << r.bw << " flags " << flags;
+                EXPECT_THAT(samples(got), ElementsAreArray(samples(want)))
+                    << "code " << code << " buffer width " << r.bw << " flags " << flags;
             }
         }
     }
@@ -336,19 +329,17 @@ TEST(HostSamples, WorkedValues)
 
 TEST(HostFormatArguments, BadCodesAndRegionsGiveNullAndWriteNothing)
 {
-    std::vector<uint8_t> buffer(8 * 4 * 16, 0x5A);
-    const std::vector<uint8_t> untouched = buffer;
+    Buffer buffer(1, 8, 4, 0x5A);
     VZImage frame(8, 4, 0, static_cast<uint16_t*>(nullptr), 0u);
-    std::fill(frame.pixels, frame.pixels + 8 * 4 * 4, 1000);
     // roiWidth, roiHeight, roiX, roiY, code over an 8 x 4 buffer.
     const int cases[][5] = {{8, 4, 0, 0, 0}, {8, 4, 0, 0, 17}, {8, 4, 0, 0, -1}, {8, 0, 0, 0, 1},
                             {8, 4, 1, 0, 1}, {8, 4, 0, 1, 3},  {4, 2, -1, 0, 12}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(hostToVzImage(buffer.data(), 8, 4, c[0], c[1], c[2], c[3], c[4], 0), nullptr) << c[4];
-        vzImageToHost(&frame, buffer.data(), 8, 4, c[0], c[1], c[2], c[3], c[4], 0);
+    for (const auto& [w, h, x, y, code] : cases) {
+        EXPECT_EQ(Frame(hostToVzImage(buffer.bytes.data(), 8, 4, w, h, x, y, code, 0)), nullptr) << code;
+        vzImageToHost(&frame, buffer.bytes.data(), 8, 4, w, h, x, y, code, 0);
     }
-    vzImageToHost(&frame, buffer.data(), 8, 4, 4, 4, 0, 0, 1, 0);  // frame is not the region's size
-    EXPECT_EQ(buffer, untouched);
+    vzImageToHost(&frame, buffer.bytes.data(), 8, 4, 4, 4, 0, 0, 1, 0);  // a frame not of the region's size
+    EXPECT_EQ(samples(buffer), std::vector<int>(8 * 4 * 4, 0x5A));
 }
 
 }  // namespace

@@ -12,8 +12,8 @@
 #include "vzlibs/baselib/heap_internal.h"
 #include "vzlibs/baselib/log.h"
 
-// The channel writes into memory at the given threshold while the object lives;
-// take() returns the text written since its last call. The channel is put back at the end.
+// While it lives, the log writes into memory at the given threshold; take() returns
+// the text written since its last call. The channel is put back at the end.
 class LogCapture {
 public:
     explicit LogCapture(int32_t level = LOG_INFO) : saved(lib_log_channel())
@@ -30,7 +30,6 @@ public:
     }
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
-
     std::string take()
     {
         std::fflush(stream);
@@ -44,13 +43,11 @@ public:
 private:
     const LogChannel saved;
     char* buffer = nullptr;
-    size_t size = 0;
-    size_t consumed = 0;
+    size_t size = 0, consumed = 0;
     FILE* stream = open_memstream(&buffer, &size);
 };
 
-// Sets the heap's switches, with no hooks, while the object lives; switches and
-// hooks are put back at the end.
+// While it lives, the heap has the given switches and no hooks; both are put back at the end.
 class HeapSwitches {
 public:
     HeapSwitches(int32_t enabled, int32_t debug, int32_t trace)
@@ -80,7 +77,7 @@ __attribute__((format(printf, 1, 2))) inline std::string format(const char* text
     return out;
 }
 
-// A block's record as "size path(line)"; "" for a miss that set the size to 0.
+// A block's record as "size path(line)"; "" for a miss, which must set the size to 0.
 inline std::string record(hm_info* info, const void* p)
 {
     uint32_t size = 77;
