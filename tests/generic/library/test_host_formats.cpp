@@ -102,7 +102,9 @@ struct Buffer {
     {
         int16_t i;
         float x;
-        return f.bytes == 1 ? bytes[at] : f.bytes == 2 ? (std::memcpy(&i, &bytes[at], 2), i) : (std::memcpy(&x, &bytes[at], 4), x);
+        return f.bytes == 1 ? bytes[at]
+               : f.bytes == 2 ? (std::memcpy(&i, &bytes[at], 2), i)
+                              : (std::memcpy(&x, &bytes[at], 4), x);
     }
     void put(size_t at, double v)
     {
@@ -155,8 +157,9 @@ struct Buffer {
             const size_t at = colour(x0 + x, r);
             if (f.alphaPlane)
                 put(alpha(x0 + x, r), encodeSample(f.bytes, p[3], true));
+            // RGBA samples; code 2 stores B G R in video range.
             for (int c = 0; c < 4 && f.family == 0; ++c)
-                put(at + c * f.bytes, code == 2 && c < 3 ? p[2 - c] * 219 / 32767 + 16 : encodeSample(f.bytes, p[c], false));
+                put(at + c * f.bytes, code == 2 && c < 3 ? p[2 - c] * 219 / 32767 + 16 : encodeSample(f.bytes, p[c], 0));
             if (f.family == 0 || x % 2 == 1)
                 continue;
             put(at, encodeChroma(f.bytes, matrixRow(1, p)));
@@ -215,7 +218,8 @@ Buffer sampleBuffer(int code, int width, int height)
 // The samples of a frame, or of a buffer.
 std::vector<int> samples(const Frame& frame)
 {
-    return frame ? std::vector<int>(frame->pixels, frame->pixels + 4 * frame->width * frame->height) : std::vector<int>();
+    return frame ? std::vector<int>(frame->pixels, frame->pixels + 4 * frame->width * frame->height)
+                 : std::vector<int>();
 }
 std::vector<int> samples(const Buffer& b) { return std::vector<int>(b.bytes.begin(), b.bytes.end()); }
 

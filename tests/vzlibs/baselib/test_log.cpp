@@ -1,7 +1,6 @@
 // The library log: line format and clock, thresholds, level words, continuations.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <ctime>
 #include <string>
 

@@ -1,6 +1,5 @@
-// Machine queries and aligned blocks.
+// Aligned blocks: the alignment rule, the header and the heap of each kind.
 #include <gtest/gtest.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,45 +7,30 @@
 
 #include "tests/vzlibs/baselib/test_support.h"
 #include "vzlibs/baselib/aligned.h"
-#include "vzlibs/baselib/machine.h"
 
 namespace {
 
-TEST(MachineQueries, ProcessorsPageSizeAndClock)
-{
-    EXPECT_EQ(get_processor_count(), std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
-    EXPECT_EQ(get_page_size(), std::max(512L, sysconf(_SC_PAGESIZE)));
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    EXPECT_NEAR(get_time_seconds(), now.tv_sec + now.tv_nsec * 1e-9, 0.05);
-}
-
-// Heap hooks that hand out a chosen address in an arena and note the request,
-// the kind (1 NORMAL, 2 IMAGE) and the block given back.
+// Heap hooks that hand out a chosen address in an arena and note the request, the
+// kind (their context: 1 NORMAL, 2 IMAGE) and the block given back.
 struct Arena {
     alignas(65536) unsigned char bytes[3 * 65536];
     size_t offset;
     uint32_t asked;
-    int kind;
+    intptr_t kind;
     void* freed;
 } arena;
-template <int Kind>
-void* arenaMalloc(void*, uint32_t size)
+void* arenaMalloc(void* kind, uint32_t size)
 {
-    arena.asked = size, arena.kind = Kind;
+    arena.asked = size, arena.kind = reinterpret_cast<intptr_t>(kind);
     return size > sizeof arena.bytes ? nullptr : arena.bytes + arena.offset;
 }
-template <int Kind>
-void arenaFree(void*, void* p)
-{
-    arena.freed = p, arena.kind = Kind;
-}
+void arenaFree(void* kind, void* p) { arena.freed = p, arena.kind = reinterpret_cast<intptr_t>(kind); }
 
 TEST(AlignedBlocks, MoveUpAWholeAlignmentFromTheRoundedDownAddressAndKeepAHeader)
 {
     HeapSwitches heap(1, 0, 0);  // hooked
-    const hm_normal_allocator normal{1, nullptr, arenaMalloc<1>, nullptr, nullptr, arenaFree<1>};
-    const hm_image_allocator image{1, nullptr, arenaMalloc<2>, nullptr, arenaFree<2>};
+    const hm_normal_allocator normal{1, reinterpret_cast<void*>(1), arenaMalloc, nullptr, nullptr, arenaFree};
+    const hm_image_allocator image{1, reinterpret_cast<void*>(2), arenaMalloc, nullptr, arenaFree};
     hm_set_allocators(&normal, &image);
     const uint32_t page = static_cast<uint32_t>(std::max(512L, sysconf(_SC_PAGESIZE)));
     // Raw offset in the arena, alignment, image, and the distance from the raw block

@@ -38,7 +38,7 @@ public:
         return out;
     }
     // As take(), with the time of day and its blank taken out of each line.
-    std::string untimed() { return std::regex_replace(take(), std::regex("[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{2} "), ""); }
+    std::string untimed() { return std::regex_replace(take(), std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d\\d "), ""); }
 
 private:
     const LogChannel saved;
