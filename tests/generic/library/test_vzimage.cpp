@@ -1,12 +1,17 @@
-// VZImage: construction and ownership, the four-thread alpha copy, the ImageRec
-// bridges.
+// VZImage: fields, ownership and the heap's bookkeeping of its blocks, the
+// four-thread alpha copy, and the bridges to and from ImageRec.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
+#include <new>
+#include <tuple>
 #include <vector>
 
 #include "generic/library/VZImage.h"
+#include "tests/vzlibs/baselib/test_support.h"
 
 namespace {
 
@@ -18,85 +23,133 @@ struct ExtraProbe : VZImageExtra {
     bool* deleted;
 };
 
-TEST(VZImageOwnership, OwnedBlockHasRowsBorrowedBlockOutlivesTheFrame)
+TEST(VZImageHeap, FieldsOwnershipAndTheSourceLinesOfTheBlocks)
 {
-    {
-        VZImage owned(5u, 3, 0, kNoBlock, 42u);
-        ASSERT_NE(owned.pixels, nullptr);
-        EXPECT_EQ(owned.ownsPixels, 1u);
-        for (int y = 0; y < 3; ++y)
-            EXPECT_EQ(owned.rows[y], owned.pixels + y * 5 * 4);
-        owned.rows[2][19] = 1;  // the block's last sample (ASan checks the extent)
-    }
-    std::vector<uint16_t> block(4 * 2 * 4, 7);
+    HeapSwitches heap(1, 1, 1);  // tracked and traced
+    LogCapture log;
+    alignas(VZImage) unsigned char storage[sizeof(VZImage)];
+    std::memset(storage, 0xFF, sizeof storage);  // every field must be set by the constructor
+    VZImage* owned = new (storage) VZImage(5u, 3, 99, kNoBlock, 42u);
+    for (int y = 0; y < 3; ++y)
+        EXPECT_EQ(owned->rows[y], owned->pixels + y * 5 * 4);
+    EXPECT_EQ(std::tuple(owned->ownsPixels, owned->alphaSource, owned->width, owned->height, owned->scale,
+                         owned->userValue, owned->extra),
+              std::tuple(1u, nullptr, 5u, 3, 720.0f / 5, 42u, nullptr));
+    EXPECT_EQ((std::array{owned->pixelAspect[0], owned->pixelAspect[1], owned->offset[0], owned->offset[1]}),
+              (std::array{1.0, 1.0, 0.0, 0.0}));
+    EXPECT_EQ(std::count(owned->description, owned->description + 64, 0) +
+                  std::count(owned->reservedSamples, owned->reservedSamples + 4, 0), 68);
+    VZImage signedWidth(5, 3, 0, kNoBlock, 0u);
+    const size_t table = 3 * sizeof(uint16_t*);
+    EXPECT_EQ(record(&hm_image_info, owned->pixels), "120 generic/library/VZImage(177)");
+    EXPECT_EQ(record(&hm_normal_info, owned->rows), format("%zu generic/library/VZImage(181)", table));
+    EXPECT_EQ(record(&hm_image_info, signedWidth.pixels), "120 generic/library/VZImage(224)");
+    EXPECT_EQ(record(&hm_normal_info, signedWidth.rows), format("%zu generic/library/VZImage(228)", table));
+
     bool extraDeleted = false;
+    owned->extra = new ExtraProbe(&extraDeleted);
+    void* const pixels = owned->pixels;
+    void* const rows = owned->rows;
+    log.take();
+    owned->~VZImage();
+    EXPECT_TRUE(extraDeleted);
+    const std::string freed = log.untimed();
+    EXPECT_NE(freed.find(format("vz_image_free(%p) at [generic/library/VZImage(269)].\n", pixels)), freed.npos);
+    EXPECT_NE(freed.find(format("vz_free(%p) at [generic/library/VZImage(272)].\n", rows)), freed.npos);
+
+    // A caller's block is used in place and never handed to the heap.
+    std::vector<uint16_t> block(4 * 2 * 4, 7);
     {
         VZImage borrowed(4, 2, 0, block.data(), 0u);
         EXPECT_EQ(borrowed.ownsPixels, 0u);
         EXPECT_EQ(borrowed.rows[1], block.data() + 16);
-        borrowed.rows[1][3] = 1234;
-        borrowed.extra = new ExtraProbe(&extraDeleted);
+        log.take();
     }
-    EXPECT_TRUE(extraDeleted);
-    EXPECT_EQ(block[19], 1234);  // had the frame freed the block, ASan would report it here
-
-    VZImage noRows(8u, 0, 0, kNoBlock, 0u);
-    EXPECT_EQ(noRows.rows, nullptr);
-    VZImage negativeWidth(-3, 2, 0, kNoBlock, 0u);
-    EXPECT_EQ(negativeWidth.width, 0u);
-    EXPECT_EQ(negativeWidth.pixels, nullptr);
+    EXPECT_EQ(log.take().find("VZImage(269)"), std::string::npos);
 }
 
 TEST(VZImageCopyAlpha, CopiesAlphaOnlyAndLeavesTheRemainderRows)
 {
-    // 1081 rows split in four slices of 270: the last row keeps its alpha.
-    const uint32_t width = 13;
-    const int height = 1081;
-    const size_t count = size_t{width} * height * 4;
-    VZImage target(width, height, 0, kNoBlock, 0u), source(width, height, 0, kNoBlock, 0u);
-    std::fill(target.pixels, target.pixels + count, 100);
-    for (size_t i = 0; i < count; ++i)
-        source.pixels[i] = static_cast<uint16_t>(i % 30011 + 1);
-    VZImage narrow(width - 1, height, 0, kNoBlock, 0u), shorter(width, height - 1, 0, kNoBlock, 0u);
-    EXPECT_FALSE(target.CopyAlphaFrom(nullptr));
-    EXPECT_FALSE(target.CopyAlphaFrom(&narrow));
-    EXPECT_FALSE(target.CopyAlphaFrom(&shorter));
-    EXPECT_EQ(target.pixels[3], 100);
-
-    ASSERT_TRUE(target.CopyAlphaFrom(&source));
-    for (size_t i = 0; i < count; ++i)
-        ASSERT_EQ(target.pixels[i], i % 4 == 3 && i < count - width * 4 ? source.pixels[i] : 100) << "sample " << i;
+    // Four slices of height / 4 rows: the last height mod 4 rows keep their alpha.
+    for (const int height : {1081, 7, 3}) {
+        const uint32_t width = 13;
+        const size_t count = size_t{width} * height * 4;
+        VZImage target(width, height, 0, kNoBlock, 0u), source(width, height, 0, kNoBlock, 0u);
+        std::fill(target.pixels, target.pixels + count, 100);
+        for (size_t i = 0; i < count; ++i)
+            source.pixels[i] = static_cast<uint16_t>(i % 30011 + 1);
+        ASSERT_TRUE(target.CopyAlphaFrom(&source));
+        EXPECT_EQ(target.alphaSource, &source);
+        const size_t copied = size_t{width} * 4 * (height / 4 * 4);
+        for (size_t i = 0; i < count; ++i)
+            ASSERT_EQ(target.pixels[i], i % 4 == 3 && i < copied ? source.pixels[i] : 100) << height << ": " << i;
+    }
 }
 
-TEST(VZImageRecords, SixteenBitAndFloatOutEightBitAndThreeChannelsIn)
+TEST(VZImageRecords, FramesGoOutAsSixteenBitOrFloatRecords)
 {
     VZImage image(128u, 64, 0, kNoBlock, 0u);  // 32768 samples: each 15-bit value once
     for (int i = 0; i < 32768; ++i)
         image.pixels[i] = static_cast<uint16_t>(i);
     ImageRec* record = image_from_vzimage(&image);
     ASSERT_NE(record, nullptr);
-    EXPECT_EQ(static_cast<const uint16_t*>(record->pixels)[32767], 65534);  // doubled
-    VZImage back(128u, 64, 0, kNoBlock, 0u);
-    ASSERT_TRUE(image_store_to_vzimage(record, &back));
-    EXPECT_EQ(std::memcmp(back.pixels, image.pixels, 32768 * 2), 0);
-
+    EXPECT_EQ(std::tuple(record->width, record->height, record->channels, record->sampleType),
+              std::tuple(128, 64, 4, IMAGE_U16));
+    const float oneStep = std::bit_cast<float>(0x38000100u);  // 1/32767
     ImageRec* floats = image_create(128, 64, 4, IMAGE_F32, 1);
     ASSERT_TRUE(image_fill_from_vzimage(floats, &image));
+    for (int i = 0; i < 32768; ++i) {
+        ASSERT_EQ(static_cast<const uint16_t*>(record->pixels)[i], 2 * i);
+        ASSERT_EQ(static_cast<const float*>(floats->pixels)[i], static_cast<float>(i) * oneStep) << i;
+    }
     EXPECT_EQ(static_cast<const float*>(floats->pixels)[32767], 1.0f);
     image_free(floats);
     image_free(record);
+}
 
-    // Three 8-bit channels: 128 gives 16448, all spread over the 15-bit range with
-    // 255 at full scale; alpha is opaque.
-    ImageRec* bytes = image_create(2, 1, 3, IMAGE_U8, 1);
-    const uint8_t values[6] = {255, 128, 0, 1, 254, 64};
-    std::memcpy(bytes->pixels, values, sizeof values);
-    VZImage small(2u, 1, 0, kNoBlock, 0u);
-    ASSERT_TRUE(image_store_to_vzimage(bytes, &small));
-    EXPECT_EQ(small.pixels[1], 16448);
-    for (int i = 0; i < 8; ++i)
-        EXPECT_NEAR(small.pixels[i], i % 4 == 3 ? 32767.0 : values[i / 4 * 3 + i % 4] * 32767.0 / 255.0, 64.0) << i;
-    image_free(bytes);
+TEST(VZImageRecords, RecordsComeBackHalvedOrExpandedWithOpaqueAlphaForThreeChannels)
+{
+    // A frame of 64 x 2; every record sample distinct; 8-bit v gives v << 7 | v >> 1.
+    const int shapes[][2] = {{4, 1}, {4, 0}, {3, 1}, {3, 0}};  // channels, type
+    for (const auto& [channels, type] : shapes) {
+        ImageRec* rec = image_create(64, 2, channels, type, 1);
+        for (int i = 0; i < 64 * 2 * channels; ++i)
+            if (type)
+                static_cast<uint16_t*>(rec->pixels)[i] = static_cast<uint16_t>(65535 - 3 * i);
+            else
+                static_cast<uint8_t*>(rec->pixels)[i] = static_cast<uint8_t>(255 - i);
+        VZImage frame(64u, 2, 0, kNoBlock, 0u);
+        ASSERT_TRUE(image_store_to_vzimage(rec, &frame));
+        for (int p = 0; p < 128; ++p)
+            for (int c = 0; c < 4; ++c) {
+                const int i = p * channels + c, v = (255 - i) & 255;
+                const int want = c == 3 && channels == 3 ? 32767 : type ? (65535 - 3 * i) >> 1 : v << 7 | v >> 1;
+                ASSERT_EQ(frame.rows[p / 64][4 * (p % 64) + c], want) << channels << " channels, type " << type;
+            }
+        image_free(rec);
+    }
+}
+
+TEST(VZImageRecords, EachBridgeTakesOnlyItsChannelsAndTypesAtTheFramesSize)
+{
+    // Fill: four channels of type 1 or 3. Store: three or four channels of type 0 or 1.
+    // A refusal changes nothing.
+    VZImage frame(64u, 2, 0, kNoBlock, 0u);
+    for (const int width : {64, 63})
+        for (int channels = 2; channels <= 5; ++channels)
+            for (int type = 0; type <= 3; ++type) {
+                ImageRec* rec = image_create(width, 2, channels, type, 1);
+                std::memset(rec->pixels, 0x5A, rec->rowBytes * 2);
+                std::fill(frame.pixels, frame.pixels + 64 * 2 * 4, 9);
+                const bool filled = width == 64 && channels == 4 && type % 2 == 1;
+                EXPECT_EQ(image_fill_from_vzimage(rec, &frame), filled) << width << channels << type;
+                EXPECT_EQ(static_cast<uint8_t*>(rec->pixels)[rec->rowBytes * 2 - 1] == 0x5A, !filled);
+                const bool stored = width == 64 && (channels == 3 || channels == 4) && type <= 1;
+                std::fill(frame.pixels, frame.pixels + 64 * 2 * 4, 7);
+                EXPECT_EQ(image_store_to_vzimage(rec, &frame), stored) << width << channels << type;
+                EXPECT_EQ(std::count(frame.pixels, frame.pixels + 64 * 2 * 4, 7) == 64 * 2 * 4, !stored);
+                image_free(rec);
+            }
 }
 
 }  // namespace

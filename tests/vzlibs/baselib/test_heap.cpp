@@ -1,188 +1,185 @@
-// The heap's layers, its block tables and its messages.
-#include <gmock/gmock.h>
+// The heap: its hash and block tables, its three layers, its timer, its messages,
+// and the switches read from VZ_HEAP_DEBUG at start-up.
 #include <gtest/gtest.h>
+#include <time.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <map>
-#include <string>
+#include <memory>
+#include <thread>
 #include <vector>
 
-#include "tests/vzlibs/baselib/log_capture.h"
-#include "vzlibs/baselib/heap.h"
-#include "vzlibs/baselib/heap_internal.h"
+#include "tests/vzlibs/baselib/test_support.h"
 
 namespace {
 
-using ::testing::HasSubstr;
-using ::testing::Not;
-
-std::string hex(const void* p)
+// Jenkins' one-at-a-time hash of a pointer's bytes, least significant first.
+uint32_t oneAtATime(uintptr_t bits)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%p", p);
-    return text;
+    uint32_t h = 0;
+    for (size_t i = 0; i < sizeof bits; ++i, bits >>= 8) {
+        h += bits & 0xFF;
+        h += h << 10;
+        h ^= h >> 6;
+    }
+    h += h << 3;
+    h ^= h >> 11;
+    return h + (h << 15);
+}
+uint32_t bucketOf(const void* p) { return oneAtATime(reinterpret_cast<uintptr_t>(p)) & 0x3FFF; }
+void* address(uintptr_t a) { return reinterpret_cast<void*>(a); }
+
+TEST(HeapHash, OneAtATimeOverThePointerBytes)
+{
+    // Worked by hand: 1, 0x12345678, and a pointer above 32 bits.
+    EXPECT_EQ(hm_hash(address(0x1)), 0x98ADB391u);
+    EXPECT_EQ(hm_hash(address(0x12345678)), 0xC5083A87u);
+    EXPECT_EQ(hm_hash(address(0x7F0012345678)), 0xC9417A18u);
+    for (uintptr_t p = 0x7F3A5C000000; p < 0x7F3A5C000000 + 8 * 5000; p += 8)
+        ASSERT_EQ(hm_hash(address(p)), oneAtATime(p)) << std::hex << p;
 }
 
-// A block's record in a table as "size path(line)", or "" if the table lacks it.
-std::string record(hm_info* info, void* p)
-{
-    uint32_t size = 0;
-    char file[HM_FILE_CHARS] = {};
-    int line = 0;
-    if (!hm_lookup(info, p, &size, file, &line))
-        return "";
-    return std::to_string(size) + " " + file + "(" + std::to_string(line) + ")";
-}
-
-// Switches and hooks are process-wide: each test starts tracked, without hooks
-// and with the log captured, and gets them back at its end.
+// Each test starts tracked, without hooks, with the log captured and with the
+// NORMAL counters at zero.
 class HeapTest : public ::testing::Test {
 protected:
-    void SetUp() override
+    HeapTest()
     {
-        hm_set_allocators(nullptr, nullptr);
-        hm_configure(1, 1, 0);
+        hm_init_info(&hm_normal_info);
+        hm_info& n = hm_normal_info;
+        n.chained = n.allocs = n.frees = n.currentBytes = n.peakBytes = 0;
     }
-    void TearDown() override
+    // The NORMAL counters: chained, allocs, frees, currentBytes, peakBytes.
+    static std::vector<uint32_t> counters()
     {
-        hm_configure(saved[0], saved[1], saved[2]);
-        hm_set_allocators(&savedNormal, &savedImage);
+        const hm_info& n = hm_normal_info;
+        return {n.chained, n.allocs, n.frees, n.currentBytes, n.peakBytes};
     }
-    const int32_t saved[3] = {hm_enabled, hm_debug, hm_trace};
-    const hm_normal_allocator savedNormal = hm_normal_hooks;
-    const hm_image_allocator savedImage = hm_image_hooks;
+    HeapSwitches heap{1, 1, 0};
     LogCapture log;
 };
 
-TEST_F(HeapTest, RecordsKeepTheLast47CharactersOfThePathAndThePeakStays)
+TEST_F(HeapTest, NewestBlockHeadsItsBucketFreesRelinkTheChainAndCountersFollow)
 {
-    const std::string path47 = std::string(41, 'x') + "/b.cpp";  // 47 characters
-    const uint32_t allocs = hm_normal_info.allocs, bytes = hm_normal_info.currentBytes;
-    void* whole = vz_malloc(1u << 20, path47.c_str(), 77);
-    void* cut = vz_malloc(8, ("Z" + path47).c_str(), 78);
-    char* empty = vz_strdup("", "dup.cpp", 79);
-    EXPECT_EQ(record(&hm_normal_info, whole), std::to_string(1u << 20) + " " + path47 + "(77)");
-    EXPECT_EQ(record(&hm_normal_info, cut), "8 " + path47 + "(78)");  // the 'Z' is dropped
-    EXPECT_EQ(record(&hm_normal_info, empty), "1 dup.cpp(79)");       // length plus one
-    EXPECT_EQ(record(&hm_image_info, whole), "");
-    EXPECT_EQ(hm_normal_info.allocs, allocs + 3);
-    const uint32_t peak = hm_normal_info.peakBytes;
-    EXPECT_GE(peak, bytes + (1u << 20) + 9);
-    vz_free(whole, "free.cpp", 1);
-    EXPECT_EQ(record(&hm_normal_info, whole), "");
-    EXPECT_EQ(hm_normal_info.currentBytes, bytes + 9);
-    EXPECT_EQ(hm_normal_info.peakBytes, peak);
-    vz_free(cut, "free.cpp", 2);
-    vz_free(empty, "free.cpp", 3);
-    EXPECT_EQ(log.take(), "");
-}
-
-TEST_F(HeapTest, NewestBlockOfABucketSitsInTheHeadAndFreesRelinkTheChain)
-{
-    // Allocate until three live blocks share a bucket; the others go back.
+    // Four addresses in one empty bucket, by the test's own hash, with hash bits 13
+    // and 14 set so that a narrower or wider mask would part them. Records never
+    // touch the memory they name.
     std::map<uint32_t, std::vector<void*>> byBucket;
-    std::vector<void*> chain;  // oldest first
-    for (int i = 1; i <= 50000 && chain.empty(); ++i) {
-        void* p = vz_malloc(24, "bucket.cpp", i);
-        std::vector<void*>& blocks = byBucket[hm_hash(p) & HM_BUCKET_MASK];
-        blocks.push_back(p);
-        if (blocks.size() == 3)
-            chain.swap(blocks);
+    std::vector<void*> p;
+    for (uintptr_t a = 0x10000; p.empty(); a += 16) {
+        std::vector<void*>& same = byBucket[bucketOf(address(a))];
+        if ((oneAtATime(a) & 0x6000) == 0x6000)
+            same.push_back(address(a));
+        if (same.size() == 4 && !hm_normal_info.buckets[bucketOf(same[0])].pointer)
+            p = same;
     }
-    for (auto& [bucket, blocks] : byBucket)
-        for (void* p : blocks)
-            vz_free(p, "bucket.cpp", static_cast<int>(bucket));
-    ASSERT_EQ(chain.size(), 3u) << "no three blocks in one bucket";
+    const hm_info_node& head = hm_normal_info.buckets[bucketOf(p[0])];
+    // The bucket's blocks, head first, by their index in p.
+    const auto chain = [&] {
+        std::string out;
+        for (const hm_info_node* n = head.pointer ? &head : nullptr; n; n = n->next)
+            out += std::to_string(std::find(p.begin(), p.end(), n->pointer) - p.begin());
+        return out;
+    };
+    hm_record_alloc(&hm_normal_info, p[0], 100, "a.cpp", 1);
+    EXPECT_EQ(chain(), "0");
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{0, 1, 0, 100, 100}));
+    hm_record_alloc(&hm_normal_info, p[1], 20, "b.cpp", 2);
+    hm_record_alloc(&hm_normal_info, p[2], 3, "c.cpp", 3);
+    EXPECT_EQ(chain(), "210");
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{2, 3, 0, 123, 123}));
+    EXPECT_EQ(record(&hm_normal_info, p[0]) + record(&hm_normal_info, p[1]) + record(&hm_normal_info, p[2]),
+              "100 a.cpp(1)20 b.cpp(2)3 c.cpp(3)");
+    EXPECT_EQ(record(&hm_normal_info, p[3]) + record(&hm_image_info, p[0]), "");  // misses set size 0
 
-    const hm_info_node& head = hm_normal_info.buckets[hm_hash(chain[0]) & HM_BUCKET_MASK];
-    ASSERT_TRUE(head.next && head.next->next);
-    EXPECT_EQ(head.pointer, chain[2]);
-    const uint32_t chained = hm_normal_info.chained;
-    vz_free(chain[1], "bucket.cpp", 0);  // the middle of the chain
-    EXPECT_EQ(head.next ? head.next->pointer : nullptr, chain[0]);
-    vz_free(chain[2], "bucket.cpp", 0);  // the head: the oldest is promoted into it
-    EXPECT_EQ(head.pointer, chain[0]);
-    EXPECT_EQ(head.next, nullptr);
-    EXPECT_THAT(record(&hm_normal_info, chain[0]), HasSubstr("24 bucket.cpp("));
-    EXPECT_EQ(hm_normal_info.chained, chained);
-    vz_free(chain[0], "bucket.cpp", 0);
+    hm_record_free(&hm_normal_info, p[1]);  // the middle of the chain
+    EXPECT_EQ(chain(), "20");
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{2, 3, 1, 103, 123}));  // the peak stays
+    hm_record_free(&hm_normal_info, p[2]);  // the head: the older block moves up
+    EXPECT_EQ(chain(), "0");
+    EXPECT_EQ(record(&hm_normal_info, p[0]), "100 a.cpp(1)");
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{2, 3, 2, 100, 123}));
+    hm_record_alloc(&hm_normal_info, p[1], 22, "b.cpp", 4);  // 122: below the peak
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{3, 4, 2, 122, 123}));
+    hm_record_alloc(&hm_normal_info, p[2], 10, "c.cpp", 5);  // 132: a new peak
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{4, 5, 2, 132, 132}));
+    EXPECT_EQ(log.take(), "");
+
+    // Misses in an occupied bucket, an empty one and the other table change nothing.
+    ASSERT_EQ(hm_normal_info.buckets[bucketOf(address(8))].pointer, nullptr);
+    hm_record_free(&hm_normal_info, p[3]);
+    hm_record_free(&hm_normal_info, address(8));
+    hm_record_free(&hm_image_info, p[0]);
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{4, 5, 2, 132, 132}));
+    EXPECT_EQ(log.untimed(), format("(VZ LIB) ERROR: VZ-HM-DEBUG: Attempt to free %p - Not allocated in NORMAL!\n"
+                                    "(VZ LIB) ERROR: VZ-HM-DEBUG: Attempt to free %p - Not allocated in NORMAL!\n"
+                                    "(VZ LIB) ERROR: VZ-HM-DEBUG: Attempt to free %p - Not allocated in IMAGE!\n",
+                                    p[3], address(8), p[0]));
+    for (void* q : {p[2], p[1], p[0]})
+        hm_record_free(&hm_normal_info, q);
     EXPECT_EQ(head.pointer, nullptr);
-    EXPECT_EQ(log.take(), "");
+    EXPECT_EQ(head.size + head.line + head.file[0], 0);  // the whole head is cleared
+    EXPECT_EQ(counters(), (std::vector<uint32_t>{4, 5, 5, 0, 132}));
 }
 
-TEST_F(HeapTest, BlockFreedAsTheOtherKindIsReportedAndKept)
+TEST_F(HeapTest, RecordsKeepTheLast47CharactersOfThePathAndReallocMovesThem)
 {
-    void* image = vz_image_malloc(64, "img.cpp", 5);
-    void* normal = vz_malloc(32, "nrm.cpp", 6);
-    vz_free(image, "wrong.cpp", 10);
-    vz_image_free(normal, "wrong.cpp", 11);
-    const std::string out = log.take();
-    EXPECT_THAT(out, HasSubstr("ERROR: VZ-HM-DEBUG: vz_free(" + hex(image) + ") attempted - but " + hex(image) +
-                               " is not allocated! [wrong.cpp(10)]\n"));
-    EXPECT_THAT(out, HasSubstr("ERROR: VZ-HM-DEBUG: vz_image_free(" + hex(normal) + ") attempted - but " +
-                               hex(normal) + " is not allocated! [wrong.cpp(11)]\n"));
-    EXPECT_EQ(record(&hm_image_info, image), "64 img.cpp(5)");
-    EXPECT_EQ(record(&hm_normal_info, normal), "32 nrm.cpp(6)");
-    std::memset(image, 1, 64);  // still ours: a sanitizer build would see a real free
-    vz_image_free(image, "right.cpp", 12);
-    vz_free(normal, "right.cpp", 13);
-    EXPECT_EQ(record(&hm_image_info, image) + record(&hm_normal_info, normal), "");
-    EXPECT_EQ(log.take(), "");
-}
-
-TEST_F(HeapTest, ReallocOfNullAllocatesAndRefusalsAreReported)
-{
-    char* p = static_cast<char*>(vz_realloc(nullptr, 16, "re.cpp", 1));
-    EXPECT_EQ(record(&hm_normal_info, p), "16 re.cpp(1)");
+    const std::string path47 = std::string(41, 'x') + "/b.cpp";
+    for (const std::string& path : {path47.substr(1), path47, "Z" + path47, "0123456789ABC" + path47}) {
+        void* block = vz_malloc(8, path.c_str(), 9);
+        EXPECT_EQ(record(&hm_normal_info, block), "8 " + (path.size() < 47 ? path : path47) + "(9)");
+        vz_free(block, "f.cpp", 1);
+    }
+    char* empty = vz_strdup("", "dup.cpp", 2);
+    char* p = static_cast<char*>(vz_realloc(nullptr, 16, "re.cpp", 1));  // allocates, no message
+    EXPECT_EQ(record(&hm_normal_info, empty) + record(&hm_normal_info, p), "1 dup.cpp(2)16 re.cpp(1)");
     std::strcpy(p, "kept");
-    int local = 0;
-    EXPECT_EQ(vz_realloc(p, 0, "re.cpp", 2), nullptr);  // unlike realloc, the block stays
-    EXPECT_EQ(vz_realloc(&local, 8, "re.cpp", 3), nullptr);
-    EXPECT_EQ(vz_malloc(0, "zero.cpp", 4), nullptr);
-    EXPECT_EQ(vz_strdup(nullptr, "zero.cpp", 6), nullptr);
-    vz_free(nullptr, "zero.cpp", 7);
-    char* q = static_cast<char*>(vz_realloc(p, 4096, "re.cpp", 9));
-    EXPECT_EQ(record(&hm_normal_info, q), "4096 re.cpp(9)");
+    char* q = static_cast<char*>(vz_realloc(p, 4096, "re.cpp", 2));
+    EXPECT_EQ(record(&hm_normal_info, q), "4096 re.cpp(2)");
     EXPECT_STREQ(q, "kept");
-    vz_free(q, "re.cpp", 10);
+    const std::vector<uint32_t> c = counters();
+    EXPECT_EQ(std::vector(c.begin() + 1, c.end()), (std::vector<uint32_t>{7, 5, 4097, 4097}));  // chained aside
+    vz_free(empty, "f.cpp", 2);
 
-    const std::string out = log.take();
-    EXPECT_THAT(out, Not(HasSubstr("re.cpp(1)")));
-    const std::string messages[] = {
-        "vz_realloc( size=0 ) attempted! [re.cpp(2)]", "vz_malloc( size=0 ) attempted! [zero.cpp(4)]",
-        "vz_realloc(" + hex(&local) + ",8) attempted - but " + hex(&local) + " is not allocated!  [re.cpp(3)]",
-        "vz_strdup( NULL ) attempted! [zero.cpp(6)]", "vz_free( NULL ) attempted! [zero.cpp(7)]"};
-    for (const std::string& message : messages)
-        EXPECT_THAT(out, HasSubstr("ERROR: VZ-HM-DEBUG: " + message + "\n"));
-}
-
-TEST_F(HeapTest, TraceLinesForAllocationsAndTrackedFrees)
-{
-    hm_configure(1, 0, 1);  // trace only: allocations print, frees do not
-    void* a = vz_malloc(24, "t.cpp", 12);
-    void* silent = vz_malloc(8, "t.cpp", 0);  // line 0: no line for vz_malloc
-    void* image = vz_image_malloc(48, "t.cpp", 0);
-    const std::string out = log.take();
-    EXPECT_THAT(out, HasSubstr("INFO : VZ-HM-TRACE: vz_malloc(24) ret (" + hex(a) + ") at [t.cpp(12)]\n"));
-    EXPECT_THAT(out, HasSubstr("INFO : VZ-HM-TRACE: vz_image_malloc(48) ret (" + hex(image) + ") at [t.cpp(0)]\n"));
-    EXPECT_THAT(out, Not(HasSubstr("vz_malloc(8)")));
-    vz_free(a, "t.cpp", 20);
-    vz_free(silent, "t.cpp", 21);
-    vz_image_free(image, "t.cpp", 22);
+    // Each refusal of the tracked layer: its message, and nothing touched.
+    int local = 0;
+    void* image = vz_image_malloc(64, "img.cpp", 5);
+    const std::vector<uint32_t> c1 = counters();
+    EXPECT_EQ(vz_realloc(q, 0, "m.cpp", 1), nullptr);
+    EXPECT_EQ(vz_realloc(&local, 8, "m.cpp", 2), nullptr);
+    EXPECT_EQ(vz_malloc(0, "m.cpp", 3), nullptr);
+    EXPECT_EQ(vz_strdup(nullptr, "m.cpp", 4), nullptr);
+    EXPECT_EQ(vz_image_malloc(0, "m.cpp", 5), nullptr);
+    vz_free(nullptr, "m.cpp", 6);
+    vz_free(image, "m.cpp", 7);  // a block of the other kind
+    vz_image_free(nullptr, "m.cpp", 8);
+    vz_image_free(q, "m.cpp", 9);
+    EXPECT_EQ(log.untimed(),
+              format("(VZ LIB) ERROR: VZ-HM-DEBUG: vz_realloc( size=0 ) attempted! [m.cpp(1)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_realloc(%p,8) attempted - but %p is not allocated!  [m.cpp(2)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_malloc( size=0 ) attempted! [m.cpp(3)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_strdup( NULL ) attempted! [m.cpp(4)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_image_malloc( size=0 ) attempted! [m.cpp(5)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_free( NULL ) attempted! [m.cpp(6)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_free(%p) attempted - but %p is not allocated! [m.cpp(7)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_image_free( NULL ) attempted! [m.cpp(8)]\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: vz_image_free(%p) attempted - but %p is not allocated! [m.cpp(9)]\n",
+                     &local, &local, image, image, q, q));
+    EXPECT_EQ(counters(), c1);
+    EXPECT_EQ(record(&hm_normal_info, q) + record(&hm_image_info, image), "4096 re.cpp(2)64 img.cpp(5)");
+    std::memset(image, 1, 64);  // still ours: a sanitizer build would see a real free
+    EXPECT_STREQ(q, "kept");
+    vz_image_free(image, "f.cpp", 1);
+    vz_free(q, "f.cpp", 2);
     EXPECT_EQ(log.take(), "");
-
-    hm_configure(1, 1, 1);  // tracked: a free names where its block was made
-    void* p = vz_malloc(100, "made/here.cpp", 31);
-    vz_free(p, "freed/there.cpp", 41);
-    EXPECT_THAT(log.take(), HasSubstr("INFO : VZ-HM-TRACE: vz_free(" + hex(p) + ") at [freed/there.cpp(41)].\n(VZ LIB)"
-                                      "                  :             Alloc at [made/here.cpp(31)], size 100\n"));
 }
 
-// Allocator hooks count their calls in the int given as their context.
+// Allocator hooks that count their calls in the int given as their context.
 int& calls(void* context) { return *static_cast<int*>(context); }
 
-TEST_F(HeapTest, HooksServeTheHookedAndTrackedLayersButNotThePlainOne)
+TEST_F(HeapTest, TraceLinesOfEachLayer)
 {
     int normalCalls = 0, imageCalls = 0;
     const hm_normal_allocator normal{1, &normalCalls,
@@ -191,28 +188,151 @@ TEST_F(HeapTest, HooksServeTheHookedAndTrackedLayersButNotThePlainOne)
                                      [](void* c, const char* s) { return ++calls(c), strdup(s); },
                                      [](void* c, void* p) { ++calls(c), std::free(p); }};
     const hm_image_allocator image{1, &imageCalls, normal.malloc, nullptr, normal.free};
+
+    // Hooked: all traced save vz_malloc and vz_realloc at line 0; frees have no point.
     hm_set_allocators(&normal, &image);
-    // Five NORMAL calls, two IMAGE calls and four blocks recorded when tracked.
-    const auto round = [] {
-        char* s = static_cast<char*>(vz_realloc(vz_strdup("hook", "h.cpp", 1), 64, "h.cpp", 2));
-        EXPECT_STREQ(s, "hook");
-        vz_free(s, "h.cpp", 3);
-        vz_free(vz_malloc(8, "h.cpp", 4), "h.cpp", 5);
-        vz_image_free(vz_image_malloc(16, "h.cpp", 6), "h.cpp", 7);
-    };
-    const uint32_t allocs = hm_normal_info.allocs + hm_image_info.allocs;
-    hm_configure(0, 0, 0);
-    round();
+    hm_configure(1, 0, 1);
+    const char* source = "s";
+    void* a = vz_malloc(24, "t.cpp", 12);
+    void* quiet = vz_realloc(vz_malloc(0, "t.cpp", 0), 16, "t.cpp", 0);  // size 0 goes to the hook
+    void* b = vz_realloc(a, 48, "t.cpp", 13);
+    char* s = vz_strdup(source, "t.cpp", 0);
+    void* i = vz_image_malloc(16, "t.cpp", 0);
+    vz_free(b, "t.cpp", 14);
+    vz_free(quiet, "t.cpp", 0);
+    vz_free(s, "t.cpp", 15);
+    vz_image_free(i, "t.cpp", 16);
+    EXPECT_EQ(std::pair(normalCalls, imageCalls), std::pair(8, 2));
+    EXPECT_EQ(log.untimed(), format("(VZ LIB) INFO : VZ-HM-TRACE: vz_malloc(24) ret (%p) at [t.cpp(12)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_realloc(%p,48) ret (%p) at [t.cpp(13)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_strdup(%p) ret (%p) at [t.cpp(0)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_image_malloc(16) ret (%p) at [t.cpp(0)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_free(%p) at [t.cpp(14)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_free(%p) at [t.cpp(0)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_free(%p) at [t.cpp(15)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_image_free(%p) at [t.cpp(16)]\n",
+                                    a, a, b, source, s, i, b, quiet, s, i));
+
+    // Trace only, no hooks: allocations print, frees do not, the tables stay as they are.
+    hm_set_allocators(nullptr, nullptr);
+    const std::vector<uint32_t> c0 = counters();
+    vz_free(a = vz_malloc(24, "t.cpp", 21), "t.cpp", 22);
+    vz_image_free(i = vz_image_malloc(8, "t.cpp", 23), "t.cpp", 24);
+    EXPECT_EQ(counters(), c0);
+    EXPECT_EQ(log.untimed(), format("(VZ LIB) INFO : VZ-HM-TRACE: vz_malloc(24) ret (%p) at [t.cpp(21)]\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_image_malloc(8) ret (%p) at [t.cpp(23)]\n",
+                                    a, i));
+
+    // Tracked: a free names where its block was made, on a continuation line.
+    hm_configure(1, 1, 1);
+    a = vz_malloc(100, "made/here.cpp", 31);
+    i = vz_image_malloc(5, "made/there.cpp", 32);
+    log.take();
+    vz_free(a, "freed/here.cpp", 41);
+    vz_image_free(i, "freed/there.cpp", 42);
+    EXPECT_EQ(log.untimed(), format("(VZ LIB) INFO : VZ-HM-TRACE: vz_free(%p) at [freed/here.cpp(41)].\n"
+                                    "(VZ LIB)                  :             Alloc at [made/here.cpp(31)], size 100\n"
+                                    "(VZ LIB) INFO : VZ-HM-TRACE: vz_image_free(%p) at [freed/there.cpp(42)].\n"
+                                    "(VZ LIB)                  :             Alloc at [made/there.cpp(32)], size 5\n",
+                                    a, i));
+
+    // Plain: no trace, no hook, and size 0 goes to malloc.
+    hm_set_allocators(&normal, &image);
+    hm_configure(0, 0, 1);
+    normalCalls = imageCalls = 0;
+    a = vz_malloc(0, "p.cpp", 1);
+    EXPECT_NE(a, nullptr);
+    vz_free(a, "p.cpp", 2);
+    vz_image_free(vz_image_malloc(8, "p.cpp", 3), "p.cpp", 4);
+    vz_free(vz_strdup("x", "p.cpp", 5), "p.cpp", 6);
+    vz_free(nullptr, "p.cpp", 7);
     EXPECT_EQ(normalCalls + imageCalls, 0);
-    hm_configure(1, 0, 0);
-    round();
-    EXPECT_EQ(hm_normal_info.allocs + hm_image_info.allocs, allocs);
-    hm_configure(1, 1, 0);
-    round();
-    EXPECT_EQ(normalCalls, 10);
-    EXPECT_EQ(imageCalls, 4);
-    EXPECT_EQ(hm_normal_info.allocs + hm_image_info.allocs, allocs + 4);
     EXPECT_EQ(log.take(), "");
+}
+
+// Hooks that sleep 20 ms, long enough for the millisecond timer.
+void nap() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
+void* slowMalloc(void*, uint32_t n) { return nap(), std::malloc(n); }
+void slowFree(void*, void* p) { nap(), std::free(p); }
+
+TEST_F(HeapTest, TimerOfBothKindsIsTheNormalOneAndRunsOnlyWhenTracked)
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    EXPECT_NEAR(hm_seconds(), static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_nsec / 1000000) * 0.001, 0.005);
+
+    const hm_normal_allocator normal{1, nullptr, slowMalloc, nullptr, nullptr, slowFree};
+    const hm_image_allocator image{1, nullptr, slowMalloc, nullptr, slowFree};
+    hm_set_allocators(&normal, &image);
+    const double t0 = hm_normal_info.timeSpent;
+    vz_image_free(vz_image_malloc(8, "slow.cpp", 1), "slow.cpp", 2);
+    const double t1 = hm_normal_info.timeSpent;
+    vz_free(vz_malloc(8, "slow.cpp", 3), "slow.cpp", 4);
+    EXPECT_GE(t1 - t0, 0.035);
+    EXPECT_GE(hm_normal_info.timeSpent - t1, 0.035);
+    EXPECT_LT(hm_normal_info.timeSpent - t0, 10.0);
+    EXPECT_EQ(hm_image_info.timeStart + hm_image_info.timeSpent, 0.0);
+
+    hm_configure(1, 0, 0);  // hooked: not timed, and the timer counts only when tracked
+    const double t2 = hm_normal_info.timeSpent, start = hm_normal_info.timeStart;
+    vz_image_free(vz_image_malloc(8, "slow.cpp", 5), "slow.cpp", 6);
+    hm_timer_start(&hm_normal_info);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    hm_timer_stop(&hm_normal_info);
+    EXPECT_EQ(std::pair(hm_normal_info.timeSpent, hm_normal_info.timeStart), std::pair(t2, start));
+}
+
+TEST_F(HeapTest, InternalErrorsAreReportedAndChangeNothing)
+{
+    auto stray = std::make_unique<hm_info>();
+    std::strcpy(stray->name, "STRAY");
+    hm_init_info(stray.get());
+    EXPECT_STREQ(stray->name, "STRAY");
+    void* block = vz_malloc(8, "kept.cpp", 1);
+    hm_init_info(&hm_normal_info);  // once per kind: the table stays
+    EXPECT_EQ(record(&hm_normal_info, block), "8 kept.cpp(1)");
+    vz_free(block, "kept.cpp", 2);
+    ASSERT_EQ(hm_mutex_init, 1);
+    hm_mutex_init = 0;
+    release_hm_mutex();  // nothing is released
+    hm_mutex_init = 1;
+    EXPECT_EQ(log.untimed(),
+              format("(VZ LIB) ERROR: VZ-HM-DEBUG: INTERNAL ERROR: Asked to initialize unknown info at: %p.\n"
+                     "(VZ LIB) ERROR: VZ-HM-DEBUG: INTERNAL ERROR: release_hm_mutex() found hm_mutex_init=0!\n",
+                     static_cast<void*>(stray.get())));
+}
+
+// The switches a VZ_HEAP_DEBUG text sets, as "edt", after "refused " if it is refused.
+std::string parse(const char* text)
+{
+    int32_t enabled = 7, debug = 7, trace = 7;
+    const bool ok = hm_parse_switches(text, &enabled, &debug, &trace);
+    return (ok ? "" : "refused ") + std::to_string(enabled) + std::to_string(debug) + std::to_string(trace);
+}
+
+TEST(HeapStartUp, WordsCombineAndTheEnvironmentSetsTheSwitchesBeforeTheFirstAllocation)
+{
+    EXPECT_EQ(parse("track") + parse(" trace, track ") + parse("") + parse("tracks"), "110111000refused 777");
+    // The child, a new start of this program, prints its switches, makes a bad free
+    // (survived only when tracked) and a traced free.
+    const auto child = [] {
+        std::fprintf(stderr, "switches %d %d %d\n", hm_enabled, hm_debug, hm_trace);
+        int local = 0;
+        if (hm_debug)
+            vz_free(&local, "child.cpp", 7);
+        vz_free(vz_malloc(21, "child/maker.cpp", 5), "child.cpp", 8);
+        std::exit(0);
+    };
+    const std::string style = GTEST_FLAG_GET(death_test_style);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    setenv("VZ_HEAP_DEBUG", "track,trace", 1);
+    EXPECT_EXIT(child(), ::testing::ExitedWithCode(0),
+                "switches 1 1 1\n.*is not allocated! \\[child\\.cpp\\(7\\)\\]\n.*at \\[child\\.cpp\\(8\\)\\]\\.\n"
+                ".*Alloc at \\[child/maker\\.cpp\\(5\\)\\], size 21\n");
+    setenv("VZ_HEAP_DEBUG", "verbose", 1);
+    EXPECT_EXIT(child(), ::testing::ExitedWithCode(0), "VZ_HEAP_DEBUG=\"verbose\" not understood.*switches 0 0 0\n");
+    unsetenv("VZ_HEAP_DEBUG");
+    GTEST_FLAG_SET(death_test_style, style);
 }
 
 }  // namespace

@@ -1,81 +1,118 @@
-// ImageRec creation limits, ownership and cloning.
+// ImageRec: creation limits and fields, the heap's bookkeeping, ownership,
+// cloning and the row-job seam.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <cstdint>
 #include <cstring>
 #include <vector>
 
+#include "tests/vzlibs/baselib/test_support.h"
 #include "vzlibs/imagelib/imagelib.h"
 
 namespace {
 
-TEST(ImageCreate, LimitsAndFields)
+TEST(ImageCreate, LimitsAndTheWrappingByteCount)
 {
-    EXPECT_EQ(image_create(0, 10, 1, 0, 1), nullptr);
-    EXPECT_EQ(image_create(65536, 1, 1, 0, 1), nullptr);
-    EXPECT_EQ(image_create(1, 65536, 1, 0, 1), nullptr);
-    EXPECT_EQ(image_create(10, 10, 1, 4, 1), nullptr);
-    EXPECT_EQ(image_create(10, 10, 0, 0, 1), nullptr);
-    EXPECT_EQ(image_create(50000, 50000, 1, 0, 0), nullptr);  // count wraps negative
-    ImageRec* big = image_create(40000, 40000, 1, 0, 0);       // 1.6e9 bytes: a valid count
-    ASSERT_NE(big, nullptr);
-    image_free(big);
-
-    const uint16_t bytes[] = {1, 2, 4, 4};
-    for (int type = 0; type < 4; ++type) {
-        ImageRec* rec = image_create(65535, 1, 3, type, 1);
-        ASSERT_NE(rec, nullptr);
-        EXPECT_EQ(rec->pixelBytes, 3 * bytes[type]);
-        EXPECT_EQ(rec->rowBytes, 65535u * 3 * bytes[type]);
-        EXPECT_DOUBLE_EQ(rec->aspect, 65535.0);
-        EXPECT_EQ(reinterpret_cast<uintptr_t>(rec->pixels) % 512u, 0u);
+    // width, height, channels, type. The byte count, w x h x c x 1, 2, 4 or 4, is
+    // taken in 32 bits and refused when it reads as a signed number below 1.
+    const int refused[][4] = {{0, 10, 1, 0},   {65536, 1, 1, 0},     {1, 65536, 1, 0},     {-1, 1, 1, 0},
+                              {10, 10, 1, 4},  {10, 10, 1, -1},      {10, 10, 0, 0},       {50000, 50000, 1, 0},
+                              {32768, 32768, 1, 1}, {65535, 32769, 1, 0}};
+    for (const auto& c : refused)
+        EXPECT_EQ(image_create(c[0], c[1], c[2], c[3], 0), nullptr) << c[0] << " x " << c[1];
+    // 1.6e9 bytes; 2^30; 65535 x 32769 x 2 wraps past 2^32 to 65534.
+    const int accepted[][4] = {{40000, 40000, 1, 0}, {32768, 32768, 1, 0}, {65535, 32769, 2, 0}, {65535, 1, 1, 0}};
+    for (const auto& c : accepted) {
+        ImageRec* rec = image_create(c[0], c[1], c[2], c[3], 0);
+        ASSERT_NE(rec, nullptr) << c[0] << " x " << c[1];
+        EXPECT_EQ(rec->pixels, nullptr);
         image_free(rec);
     }
 }
 
-TEST(ImageFree, NullAndBorrowedPixels)
+TEST(ImageCreate, FieldsOfEachSampleTypeAndBlocksFromTheirHeaps)
 {
+    HeapSwitches heap(1, 1, 1);  // tracked and traced
+    LogCapture log;
+    const int sampleBytes[4] = {1, 2, 4, 4};
+    const long page = sysconf(_SC_PAGESIZE);
+    for (int type = 0; type < 4; ++type) {
+        ImageRec* rec = image_create(3, 7, 5, type, 0x20003);  // the low 16 bits become ownsPixels
+        ASSERT_NE(rec, nullptr);
+        EXPECT_EQ(std::vector<int>({rec->width, rec->height, rec->channels, rec->sampleType, rec->reserved,
+                                    rec->ownsPixels, rec->sampleBytes, rec->pixelBytes, int(rec->rowBytes)}),
+                  std::vector<int>({3, 7, 5, type, 0, 3, sampleBytes[type], 5 * sampleBytes[type],
+                                    15 * sampleBytes[type]}));
+        EXPECT_EQ(rec->aspect, 3.0 / 7.0);
+        EXPECT_EQ(rec->region[0] | rec->region[1] | rec->region[2] | rec->region[3] | rec->regionSet, 0u);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(rec->pixels) % page, 0u);
+        // The header from vz_malloc at line 148; the pixels from the image heap,
+        // with the page as alignment, the raw block before them.
+        uint32_t distance = 0;
+        std::memcpy(&distance, static_cast<unsigned char*>(rec->pixels) - 4, 4);
+        EXPECT_EQ(record(&hm_normal_info, rec), format("%zu vzlibs/imagelib/imagelib(148)", sizeof(ImageRec)));
+        EXPECT_TRUE(record(&hm_image_info, static_cast<unsigned char*>(rec->pixels) - distance)
+                        .starts_with(std::to_string(105 * sampleBytes[type] + page + 8) + " "));
+        ImageRec* like = image_create_like(rec);
+        ASSERT_NE(like, nullptr);
+        EXPECT_NE(like->pixels, rec->pixels);
+        EXPECT_EQ(std::vector<int>({like->width, like->height, like->channels, like->sampleType, like->ownsPixels}),
+                  std::vector<int>({3, 7, 5, type, 1}));
+        image_free(like);
+        log.take();
+        EXPECT_EQ(image_free(rec), 0);
+        EXPECT_NE(log.untimed().find(format("vz_free(%p) at [vzlibs/imagelib/imagelib(191)].\n", (void*)rec)),
+                  std::string::npos);
+    }
+    EXPECT_EQ(image_create_like(nullptr), nullptr);
     EXPECT_EQ(image_free(nullptr), -1);
+
+    // A header whose pixels the caller set keeps them: never handed to the heap.
     std::vector<uint8_t> borrowed(16, 7);
-    ImageRec* header = image_create(4, 4, 1, 0, 0);
-    ASSERT_NE(header, nullptr);
+    ImageRec* header = image_create(4, 4, 1, IMAGE_U8, 0);
     header->pixels = borrowed.data();
-    EXPECT_EQ(image_free(header), 0);  // a bad free of the vector's block would trip ASan
-    EXPECT_EQ(borrowed[15], 7);
+    EXPECT_EQ(image_free(header), 0);
+    EXPECT_EQ(log.take().find("not allocated"), std::string::npos);
 }
 
-TEST(ImageClone, LargeCopiesGoThroughTheRowHookAndRegionsFollowRegionSet)
+// A row hook that counts its calls and runs the rows in two halves.
+struct HookLog {
+    int calls = 0, rows = 0;
+};
+void splitHook(void* context, ImageRowFunction function, int rows, void* arg)
 {
-    static int hookCalls = 0;
-    image_set_row_hook(
-        [](void*, ImageRowFunction function, int rows, void* arg) {
-            ++hookCalls;
-            function(arg, 0, rows / 2 - 1);  // split in two, as a host's pool might
-            function(arg, rows / 2, rows - 1);
-        },
-        nullptr);
-    ImageRec* small = image_create(100, 100, 4, 1, 1);  // 80000 bytes
-    ImageRec* large = image_create(512, 512, 4, 0, 1);  // exactly 1 MiB
-    for (ImageRec* rec : {small, large})
-        for (size_t i = 0; i < static_cast<size_t>(rec->rowBytes) * rec->height; ++i)
-            static_cast<uint8_t*>(rec->pixels)[i] = static_cast<uint8_t>(i * 31 + 7);
-    small->regionSet = 1;
-    small->region[2] = 99;
-    large->region[1] = 5;  // not copied: regionSet is 0
+    auto* log = static_cast<HookLog*>(context);
+    ++log->calls;
+    log->rows = rows;
+    function(arg, 0, rows / 2 - 1);
+    function(arg, rows / 2, rows - 1);
+}
 
-    ImageRec* smallCopy = image_clone(small);
-    EXPECT_EQ(hookCalls, 0);
-    ImageRec* largeCopy = image_clone(large);
-    EXPECT_EQ(hookCalls, 1);
-    image_set_row_hook(nullptr, nullptr);
-
-    EXPECT_EQ(std::memcmp(smallCopy->pixels, small->pixels, 80000), 0);
-    EXPECT_EQ(std::memcmp(largeCopy->pixels, large->pixels, 1048576), 0);
-    EXPECT_EQ(smallCopy->region[2], 99u);
-    EXPECT_EQ(largeCopy->region[1], 0u);
+TEST(ImageClone, CopiesOfAMebibyteOrMoreGoThroughTheRowHookAndRegionsFollowRegionSet)
+{
+    // 1023 x 1025 bytes is one short of 1 MiB; 1024 x 1024 is 1 MiB.
+    for (const bool hooked : {false, true})
+        for (const int width : {1023, 1024}) {
+            HookLog hook;
+            image_set_row_hook(hooked ? splitHook : nullptr, &hook);
+            const int height = width == 1024 ? 1024 : 1025;
+            ImageRec* source = image_create(width, height, 1, IMAGE_U8, 1);
+            for (int i = 0; i < width * height; ++i)
+                static_cast<uint8_t*>(source->pixels)[i] = static_cast<uint8_t>(i * 31 + i / 4099);
+            source->region[2] = 99;
+            source->regionSet = width == 1024;
+            ImageRec* copy = image_clone(source);
+            image_set_row_hook(nullptr, nullptr);
+            ASSERT_NE(copy, nullptr);
+            EXPECT_EQ(hook.calls, hooked && width == 1024 ? 1 : 0);
+            EXPECT_EQ(hook.rows, hook.calls ? height : 0);
+            EXPECT_EQ(std::memcmp(copy->pixels, source->pixels, static_cast<size_t>(width) * height), 0);
+            EXPECT_EQ(copy->regionSet, source->regionSet);
+            EXPECT_EQ(copy->region[2], width == 1024 ? 99u : 0u);
+            image_free(source);
+            image_free(copy);
+        }
     EXPECT_EQ(image_clone(nullptr), nullptr);
-    for (ImageRec* rec : {small, large, smallCopy, largeCopy})
-        image_free(rec);
 }
 
 }  // namespace
