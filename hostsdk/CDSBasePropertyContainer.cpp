@@ -40,88 +40,16 @@ void CDSBasePropertyContainer::BindStoredValue(uint32_t key, void* member) { sto
 double CDSBasePropertyContainer::readStored(const CDSPropertiesMapEntry& entry) const
 {
     auto it = stored.find(entry.key);
-    if (it == stored.end() || !it->second)
-        return 0.0;
-    switch (entry.definition->type) {
-    case VT_I4:
-    case VT_BOOL:
-        return *static_cast<const int32_t*>(it->second);
-    case VT_UI4:
-        return *static_cast<const uint32_t*>(it->second);
-    case VT_UI8:
-        return static_cast<double>(*static_cast<const uint64_t*>(it->second));
-    default:
-        return *static_cast<const double*>(it->second);
-    }
+    return it == stored.end() || !it->second ? 0.0 : ReadTypedNumber(it->second, entry.definition->type);
 }
 
 void CDSBasePropertyContainer::writeStored(const CDSPropertiesMapEntry& entry, double value)
 {
     auto it = stored.find(entry.key);
-    if (it == stored.end() || !it->second)
-        return;
-    switch (entry.definition->type) {
-    case VT_I4:
-        *static_cast<int32_t*>(it->second) = static_cast<int32_t>(std::lround(value));
-        break;
-    case VT_BOOL:
-        *static_cast<int32_t*>(it->second) = value != 0.0 ? 1 : 0;
-        break;
-    case VT_UI4:
-        *static_cast<uint32_t*>(it->second) = static_cast<uint32_t>(value);
-        break;
-    case VT_UI8:
-        *static_cast<uint64_t*>(it->second) = static_cast<uint64_t>(value);
-        break;
-    default:
-        *static_cast<double*>(it->second) = value;
-        break;
-    }
+    if (it != stored.end() && it->second)
+        WriteTypedNumber(it->second, entry.definition->type, value);
 }
 
-namespace {
-
-double variantNumber(const VARIANT& v)
-{
-    switch (v.vt) {
-    case VT_I4:
-        return v.lVal;
-    case VT_UI4:
-        return v.ulVal;
-    case VT_UI8:
-        return static_cast<double>(v.ullVal);
-    case VT_BOOL:
-        return v.boolVal ? 1.0 : 0.0;
-    case VT_R8:
-        return v.dblVal;
-    default:
-        return 0.0;
-    }
-}
-
-void setVariant(VARIANT* out, VARTYPE type, double number)
-{
-    out->vt = type;
-    switch (type) {
-    case VT_I4:
-        out->lVal = static_cast<int32_t>(std::lround(number));
-        break;
-    case VT_BOOL:
-        out->boolVal = number != 0.0 ? -1 : 0;
-        break;
-    case VT_UI4:
-        out->ulVal = static_cast<uint32_t>(number);
-        break;
-    case VT_UI8:
-        out->ullVal = static_cast<uint64_t>(number);
-        break;
-    default:
-        out->dblVal = number;
-        break;
-    }
-}
-
-}  // namespace
 
 double interpolateKeys(const std::vector<CDSBasePropertyContainer::Keyframe>& keys, double time)
 {
@@ -147,7 +75,8 @@ HRESULT CDSBasePropertyContainer::GetValue(const GUID& guid, VARIANT* value, dou
     auto it = animation.find(entry->key);
     if (time != -1.0 && it != animation.end() && !it->second.empty())
         number = interpolateKeys(it->second, time);
-    setVariant(value, entry->definition->type, number);
+    value->vt = entry->definition->type;
+    VariantFromNumber(value, number);
     return S_OK;
 }
 
@@ -156,9 +85,10 @@ HRESULT CDSBasePropertyContainer::SetValue(const GUID& guid, const VARIANT& valu
     const CDSPropertiesMapEntry* entry = FindEntry(guid);
     if (!entry || !stored.count(entry->key))
         return E_INVALIDARG;
-    writeStored(*entry, variantNumber(value));
+    writeStored(*entry, VariantNumber(value));
     VARIANT now;
-    setVariant(&now, entry->definition->type, readStored(*entry));
+    now.vt = entry->definition->type;
+    VariantFromNumber(&now, readStored(*entry));
     return OnPropertyChanged(guid, &now, nullptr, nullptr, 0, 0);
 }
 

@@ -6,24 +6,6 @@ namespace {
 
 bool sameGuid(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
 
-double asDouble(const VARIANT& v)
-{
-    switch (v.vt) {
-    case VT_I4:
-        return v.lVal;
-    case VT_UI4:
-        return v.ulVal;
-    case VT_UI8:
-        return static_cast<double>(v.ullVal);
-    case VT_BOOL:
-        return v.boolVal ? 1.0 : 0.0;
-    case VT_R8:
-        return v.dblVal;
-    default:
-        return 0.0;
-    }
-}
-
 }  // namespace
 
 HWND CDSBasePropertyPage::AddControl(uint32_t id)
@@ -67,7 +49,7 @@ HRESULT CDSBasePropertyPage::GetAnimatedProperty(const GUID& guid, VARIANT* valu
     const VARIANT* held = find(guid);
     if (!value || !held)
         return E_INVALIDARG;
-    const double number = asDouble(*held);
+    const double number = VariantNumber(*held);
     if (value->vt == VT_I4)
         value->lVal = static_cast<int32_t>(number);
     else {

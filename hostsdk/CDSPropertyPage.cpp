@@ -70,30 +70,8 @@ HRESULT CDSPropertyPage::UpdateUI(const GUID* property, void*, void*, uint32_t)
         if (FAILED(GetAnimatedProperty(*e->property, &value, nullptr, -1.0)))
             continue;
         const double number = value.dblVal;
-        if (e->field) {
-            VARIANT field;
-            VariantInit(&field);
-            field.vt = e->fieldType;
-            VariantFromNumber(&field, number);
-            void* at = e->field(this);
-            switch (e->fieldType) {
-            case VT_I4:
-                *static_cast<int32_t*>(at) = field.lVal;
-                break;
-            case VT_BOOL:
-                *static_cast<int32_t*>(at) = field.boolVal != 0;
-                break;
-            case VT_UI4:
-                *static_cast<uint32_t*>(at) = field.ulVal;
-                break;
-            case VT_UI8:
-                *static_cast<uint64_t*>(at) = field.ullVal;
-                break;
-            default:
-                *static_cast<double*>(at) = field.dblVal;
-                break;
-            }
-        }
+        if (e->field)
+            WriteTypedNumber(e->field(this), e->fieldType, number);
         HWND widget = e->control != DS_PPG_NONE ? GetHwndControl(e->control) : nullptr;
         if (!widget)
             continue;
@@ -161,21 +139,11 @@ HRESULT CDSPropertyPage::SetBoundVariableFromProperty(const GUID& guid, void*)
     const HRESULT status = GetPlainProperty(guid, &value, object);
     if (FAILED(status))
         return status;
-    void* at = e->field(this);
-    switch (e->fieldType) {
-    case VT_UI8:
-        *static_cast<uint64_t*>(at) = value.vt == VT_UI8 ? value.ullVal : static_cast<uint64_t>(VariantNumber(value));
-        break;
-    case VT_UI4:
-        *static_cast<uint32_t*>(at) = static_cast<uint32_t>(VariantNumber(value));
-        break;
-    case VT_R8:
-        *static_cast<double*>(at) = VariantNumber(value);
-        break;
-    default:
-        *static_cast<int32_t*>(at) = static_cast<int32_t>(VariantNumber(value));
-        break;
-    }
+    // 64-bit handles travel whole, not through a double.
+    if (e->fieldType == VT_UI8 && value.vt == VT_UI8)
+        *static_cast<uint64_t*>(e->field(this)) = value.ullVal;
+    else
+        WriteTypedNumber(e->field(this), e->fieldType, VariantNumber(value));
     return S_OK;
 }
 

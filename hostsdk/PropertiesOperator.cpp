@@ -1,47 +1,5 @@
 #include "hostsdk/PropertiesOperator.h"
 
-#include <cmath>
-
-double VariantNumber(const VARIANT& v)
-{
-    switch (v.vt) {
-    case VT_I4:
-        return v.lVal;
-    case VT_UI4:
-        return v.ulVal;
-    case VT_UI8:
-        return static_cast<double>(v.ullVal);
-    case VT_BOOL:
-        return v.boolVal ? 1.0 : 0.0;
-    case VT_R8:
-        return v.dblVal;
-    default:
-        return 0.0;
-    }
-}
-
-void VariantFromNumber(VARIANT* v, double number)
-{
-    switch (v->vt) {
-    case VT_I4:
-        v->lVal = static_cast<int32_t>(std::lround(number));
-        break;
-    case VT_UI4:
-        v->ulVal = static_cast<uint32_t>(number);
-        break;
-    case VT_UI8:
-        v->ullVal = static_cast<uint64_t>(number);
-        break;
-    case VT_BOOL:
-        v->boolVal = number != 0.0 ? -1 : 0;
-        break;
-    default:
-        v->vt = VT_R8;
-        v->dblVal = number;
-        break;
-    }
-}
-
 PropertiesOperator::PropertiesOperator(IUnknown* object)
 {
     if (object)

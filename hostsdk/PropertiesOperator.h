@@ -46,8 +46,3 @@ private:
     bool autoKey = false;
     std::vector<Write> writes;
 };
-
-// A variant's number, whatever its type (0 for VT_EMPTY).
-double VariantNumber(const VARIANT& value);
-// Sets `value` to `number` in the type `value->vt` asks for (VT_R8 for VT_EMPTY).
-void VariantFromNumber(VARIANT* value, double number);

@@ -29,3 +29,13 @@ inline int32_t VariantClear(VARIANT* variant)
     VariantInit(variant);
     return 0;
 }
+
+// A variant's number, whatever its type (0 for VT_EMPTY).
+double VariantNumber(const VARIANT& value);
+// Sets `value` to `number` in the type `value->vt` asks for (VT_R8 for VT_EMPTY);
+// integers are rounded to the nearest, booleans are non-zero.
+void VariantFromNumber(VARIANT* value, double number);
+// A plain value of a property type, held at `at`: int32_t for VT_I4 and VT_BOOL,
+// uint32_t for VT_UI4, uint64_t for VT_UI8, double for VT_R8.
+double ReadTypedNumber(const void* at, VARTYPE type);
+void WriteTypedNumber(void* at, VARTYPE type, double number);
