@@ -31,8 +31,10 @@ TEST_F(LogTest, LinesShowTheTimeOfDayFromTheClockPairingWrappedAtMidnight)
     lib_log(LOG_ERROR, "ends in newline\n");
     lib_log(LOG_WARN, "100%%%% sure");  // formatted twice: "%%%%" to "%%" to "%"
     lib_log(LOG_INFO, "%s", "");
-    EXPECT_EQ(log.take(), "(VZ LIB) 13:05:07.50 INFO : hello 42\n(VZ LIB) 14:05:07.50 ERROR: ends in newline\n"
-                          "(VZ LIB) 14:05:07.50 WARN : 100% sure\n(VZ LIB) 14:05:07.50 INFO : \n");
+    // The hundredths depend on how long the lines took; they are left out.
+    EXPECT_EQ(std::regex_replace(log.take(), std::regex("(\\.5)[0-9] "), "$1x "),
+              "(VZ LIB) 13:05:07.5x INFO : hello 42\n(VZ LIB) 14:05:07.5x ERROR: ends in newline\n"
+              "(VZ LIB) 14:05:07.5x WARN : 100% sure\n(VZ LIB) 14:05:07.5x INFO : \n");
 
     // Unpaired, or paired with a later reading: the wall clock is read again.
     for (const double base : {0.0, get_time_seconds() + 1000.0}) {
