@@ -90,8 +90,12 @@ void LogChannel::writeLine(int32_t lineLevel)
         text[n + 1] = '\0';
     }
 
+    // A process with a console of its own already sees stderr, unless the echo owns it.
+    const bool echo = log_console_echo != 0 && (!hasConsole || log_console_echo_owned != 0);
     if (lineLevel == LOG_CONTINUE) {
         fprintf(stream, "%s                  : %s", prefix, text);
+        if (echo)
+            console_printf("%s                  : %s", prefix, text);
         return;
     }
 
@@ -111,12 +115,8 @@ void LogChannel::writeLine(int32_t lineLevel)
     const int minutes = (whole % 3600) / 60;
     const double seconds = t - static_cast<double>((hours * 60 + minutes) * 60);
     fprintf(stream, "%s %02d:%02d:%05.2f %s: %s", prefix, hours, minutes, seconds, kLevelWords[lineLevel], text);
-
-    if (log_console_echo == 0)
-        return;
-    if (hasConsole && log_console_echo_owned == 0)
-        return;
-    console_printf("%s %02d:%02d:%05.2f %s: %s", prefix, hours, minutes, seconds, kLevelWords[lineLevel], text);
+    if (echo)
+        console_printf("%s %02d:%02d:%05.2f %s: %s", prefix, hours, minutes, seconds, kLevelWords[lineLevel], text);
 }
 
 void lib_log(int32_t level, const char* format, ...)

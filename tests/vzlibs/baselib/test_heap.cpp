@@ -259,7 +259,7 @@ TEST_F(HeapTest, TimerOfBothKindsIsTheNormalOneAndRunsOnlyWhenTracked)
 {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    EXPECT_NEAR(hm_seconds(), static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_nsec / 1000000) * 0.001, 0.005);
+    EXPECT_NEAR(hm_seconds(), static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_nsec / 1000000) * 0.001, 0.05);
 
     const hm_normal_allocator normal{1, nullptr, slowMalloc, nullptr, nullptr, slowFree};
     const hm_image_allocator image{1, nullptr, slowMalloc, nullptr, slowFree};
