@@ -8,7 +8,7 @@ namespace {
 // The two classes differ in the last byte only.
 constexpr GUID IID_THING = {0x7E570001, 1, 2, {1}}, CLASS_A = {0x7E57000A, 1, 2, {1}},
                CLASS_B = {0x7E57000A, 1, 2, {1, 0, 0, 0, 0, 0, 0, 1}};
-int live = 0;
+int live = 0, asked = 0;
 void* const kGarbage = &live;
 
 // Answers IID_IUnknown, IID_THING and IID_IClassFactory; makes more of itself.
@@ -38,7 +38,7 @@ struct Thing : IClassFactory {
 // A server that knows one class.
 template <const GUID& served> HRESULT server(const GUID& clsid, const GUID& iid, void** out)
 {
-    return IsEqualGUID(clsid, served) ? Thing::make(iid, out) : E_FAIL;
+    return ++asked, IsEqualGUID(clsid, served) ? Thing::make(iid, out) : E_FAIL;
 }
 constexpr ClassObjectGetter serverA = server<CLASS_A>, serverB = server<CLASS_B>;
 
@@ -73,9 +73,11 @@ TEST(Com, CoCreateInstanceAsksEachRegisteredServer)
     EXPECT_EQ(CoCreateInstance(CLASS_A, nullptr, CLSCTX_INPROC_SERVER, IID_THING, nullptr), E_POINTER);
     CoRegisterInProcessServer(serverA);
     CoRegisterInProcessServer(serverA);
-    CoRevokeInProcessServer(serverA);
-    EXPECT_EQ(create(CLASS_A), CLASS_E_CLASSNOTAVAILABLE) << "a server registered twice is kept once";
+    EXPECT_EQ(create(CLASS_B), CLASS_E_CLASSNOTAVAILABLE);
     EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(asked, 1) << "a server registered twice is kept once";
+    CoRevokeInProcessServer(serverA);
+    EXPECT_EQ(create(CLASS_A), CLASS_E_CLASSNOTAVAILABLE) << "revoked";
     CoRegisterInProcessServer(serverA);
     CoRegisterInProcessServer(serverB);
     for (const GUID& clsid : {CLASS_A, CLASS_B}) {

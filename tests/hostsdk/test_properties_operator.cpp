@@ -43,6 +43,8 @@ TEST_F(Operator, ReadsAtTheCurrentTimeInTheTypeAsked)
     VARIANT v{};
     EXPECT_EQ(op.GetAnimatedProperty(CLASS, &v, nullptr, -1.0), E_INVALIDARG);
     EXPECT_EQ(PropertiesOperator(nullptr).GetAnimatedProperty(RADIUS, &v, nullptr, -1.0), E_NOINTERFACE);
+    PropertiesOperator(unknown).SetCurrentTime(0.0);
+    EXPECT_EQ(references(unknown), 2u) << "an operator lets go of the object when destroyed";
 }
 
 TEST_F(Operator, WritesFollowTheAutokeyRuleAndAreLogged)
