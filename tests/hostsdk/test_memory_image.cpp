@@ -39,7 +39,8 @@ TEST(FormatGeometry, SixteenFormatsAsPublished)
         ASSERT_NE(g, nullptr);
         EXPECT_EQ(std::tuple(g->code, std::string(g->name), g->guid, g->alphaPlane, g->bottomUp),
                   std::tuple(f.code, std::string(f.name), f.guid, f.alpha, f.bottomUp));
-        EXPECT_EQ(std::tuple(g->samplesPerPixel, g->sampleBytes, g->pairs), std::tuple(f.samples, f.bytes, f.samples == 2));
+        EXPECT_EQ(std::tuple(g->samplesPerPixel, g->sampleBytes, g->pairs),
+                  std::tuple(f.samples, f.bytes, f.samples == 2));
         EXPECT_EQ(hostFormatCodeOf(*f.guid), f.code);
         // 5 x 3 pixels: the colour plane, then one alpha sample a pixel.
         EXPECT_EQ(hostBufferBytes(f.code, 5, 3), size_t(15 * f.samples * f.bytes + (f.alpha ? 15 * f.bytes : 0)));

@@ -67,7 +67,8 @@ TEST_F(Presets, BadPresetsAreRefusedWholeWithAReason)
         const char *what, *word, *about;
         std::function<void(json&)> spoil;
     } cases[] = {
-        {"unknown GUID", "unknown", "5A000009", [](json& p) { p[3]["guid"] = "{5A000009-0001-0002-0000-000000000009}"; }},
+        {"unknown GUID", "unknown", "5A000009",
+         [](json& p) { p[3]["guid"] = "{5A000009-0001-0002-0000-000000000009}"; }},
         {"hidden property", "unknown", "5A000005", [&](json& p) { p.push_back(hidden); }},
         {"text for a bool", "type", "Enabled", [](json& p) { p[1]["value"] = "yes"; }},
         {"fraction in a list", "type", "Shape", [](json& p) { p[0]["value"] = 1.5; }},

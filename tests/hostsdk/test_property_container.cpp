@@ -57,7 +57,8 @@ TEST_F(Container, KeysInterpolateLinearlyAndHoldOutsideTheirSpan)
     effect.SetKey(SIDES, 0.0, 3.0);
     effect.SetKey(SIDES, 1.0, 6.0);
     // Rounded to the nearest: 4.8 and 3.6.
-    EXPECT_EQ(std::pair(effect.GetValueDirect(key(3), 99, 0.6), effect.GetValueDirect(key(3), 99, 0.2)), std::pair(5, 4));
+    EXPECT_EQ(effect.GetValueDirect(key(3), 99, 0.6), 5);
+    EXPECT_EQ(effect.GetValueDirect(key(3), 99, 0.2), 4);
     EXPECT_EQ(get(SIDES, 0.6).lVal, 5);
     EXPECT_EQ(effect.GetValueDirect(key(0), 2, 0.6), 2) << "no keys: the stored value";
 }

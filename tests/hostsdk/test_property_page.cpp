@@ -38,7 +38,8 @@ TEST(PropertyPage, OwnPropertiesConvertLogAndShowInBoundWidgets)
     VARIANT asInt = var(VT_I4), asReal = var(VT_R8);
     ASSERT_EQ(page.GetAnimatedProperty(SIZE, &asInt, nullptr, -1.0), S_OK);
     ASSERT_EQ(page.GetAnimatedProperty(COUNT, &asReal, nullptr, -1.0), S_OK);
-    EXPECT_EQ(std::tuple(asInt.vt, asInt.lVal, asReal.vt, asReal.dblVal), std::tuple(VARTYPE(VT_I4), 12, VARTYPE(VT_R8), 7.0));
+    EXPECT_EQ(std::tuple(asInt.vt, asInt.lVal, asReal.vt, asReal.dblVal),
+              std::tuple(VARTYPE(VT_I4), 12, VARTYPE(VT_R8), 7.0));
     EXPECT_EQ(page.GetAnimatedProperty(GUID{}, &asReal, nullptr, -1.0), E_INVALIDARG);
     HWND sizeBox = page.AddControl(10), countBox = page.AddControl(11);
     page.Bind(SIZE, 10);
