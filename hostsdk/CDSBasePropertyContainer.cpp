@@ -73,10 +73,15 @@ HRESULT CDSBasePropertyContainer::GetValue(const GUID& guid, VARIANT* value, dou
         return E_INVALIDARG;
     double number = readStored(*entry);
     auto it = animation.find(entry->key);
-    if (time != -1.0 && it != animation.end() && !it->second.empty())
+    const bool keyed = time != -1.0 && it != animation.end() && !it->second.empty();
+    if (keyed)
         number = interpolateKeys(it->second, time);
     value->vt = entry->definition->type;
     VariantFromNumber(value, number);
+    // A 64-bit handle travels whole: a double keeps only 53 of its bits.
+    void* member = stored.at(entry->key);
+    if (entry->definition->type == VT_UI8 && !keyed && member)
+        value->ullVal = *static_cast<const uint64_t*>(member);
     return S_OK;
 }
 
@@ -85,10 +90,13 @@ HRESULT CDSBasePropertyContainer::SetValue(const GUID& guid, const VARIANT& valu
     const CDSPropertiesMapEntry* entry = FindEntry(guid);
     if (!entry || !stored.count(entry->key))
         return E_INVALIDARG;
-    writeStored(*entry, VariantNumber(value));
+    void* member = stored.at(entry->key);
+    if (entry->definition->type == VT_UI8 && value.vt == VT_UI8 && member)
+        *static_cast<uint64_t*>(member) = value.ullVal;
+    else
+        writeStored(*entry, VariantNumber(value));
     VARIANT now;
-    now.vt = entry->definition->type;
-    VariantFromNumber(&now, readStored(*entry));
+    GetValue(guid, &now, -1.0);
     return OnPropertyChanged(guid, &now, nullptr, nullptr, 0, 0);
 }
 
