@@ -49,13 +49,9 @@ HRESULT CDSBasePropertyPage::GetAnimatedProperty(const GUID& guid, VARIANT* valu
     const VARIANT* held = find(guid);
     if (!value || !held)
         return E_INVALIDARG;
-    const double number = VariantNumber(*held);
-    if (value->vt == VT_I4)
-        value->lVal = static_cast<int32_t>(number);
-    else {
+    if (value->vt != VT_I4)
         value->vt = VT_R8;
-        value->dblVal = number;
-    }
+    VariantFromNumber(value, VariantNumber(*held));
     return S_OK;
 }
 
