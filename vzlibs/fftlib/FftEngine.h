@@ -2,9 +2,9 @@
 //
 // Turns a point-spread image into a stored kernel spectrum (PrepareKernel) and
 // convolves the channels of a frame with it (Run). Transforms are real FFTW
-// transforms, out of place, of paddedWidth x paddedHeight samples, each side 2 to
-// 8192; the engine's mode chooses the sizes and the precision (see the FFT_MODE_
-// constants). Calls return a boolean and leave the reason for a failure in
+// transforms, out of place, of paddedWidth x paddedHeight samples, the larger
+// side 2 to 8192; the engine's mode chooses the sizes and the precision (see the
+// FFT_MODE_ constants). Calls return a boolean and leave the reason for a failure in
 // `status` (FftStatus). Plans and planes are kept from frame to frame and remade
 // only when the transform size changes.
 //
@@ -37,7 +37,7 @@ typedef int (*FftAbortCheck)(void* context);
 
 // What a failure hook is asked about.
 enum FftResource : int {
-    FFT_RESOURCE_PLANE = 1,  // an fftw_malloc of a plane or spectrum
+    FFT_RESOURCE_PLANE = 1,  // FFTW's malloc of a plane or spectrum
     FFT_RESOURCE_PLAN = 2,   // a call of FFTW's planner
 };
 // Test seam: asked before each plane allocation and each planner call; a
