@@ -7,7 +7,26 @@
 #include <initializer_list>
 
 #include "vzlibs/baselib/machine.h"
+#include "vzlibs/fftlib/fft_mode_environment.h"
+#include "vzlibs/fftlib/fft_planes.h"
 #include "vzlibs/fftlib/fftw_process.h"
+
+namespace {
+
+// Mode 5 is taken as 4, and mode 4 may be turned into a fast mode by VZ_FFT_MODE.
+uint32_t resolveMode(uint32_t requested)
+{
+    if (requested == 5 || requested == FFT_MODE_FFTW)
+        return fft_mode_from_environment();
+    return requested;
+}
+
+FftwPrecision precisionOf(uint32_t mode)
+{
+    return mode == FFT_MODE_FAST_FLOAT ? FFTW_PRECISION_SINGLE : FFTW_PRECISION_DOUBLE;
+}
+
+}  // namespace
 
 FftEngine::FftEngine(uint32_t engineMode)
     : kernelSource(nullptr),
@@ -49,17 +68,18 @@ FftEngine::FftEngine(uint32_t engineMode)
       abortCheck(nullptr),
       pixelAspectX(1.0f),
       pixelAspectY(1.0f),
-      mode(engineMode == 5 ? FFT_MODE_FFTW : engineMode),
+      mode(resolveMode(engineMode)),
       plansMade(0),
       kernelsPrepared(0),
       kernelWidth(-1),
       kernelHeight(-1),
-      kernelSide(-1),
+      kernelPaddedWidth(-1),
+      kernelPaddedHeight(-1),
       failureContext(nullptr),
       failureHook(nullptr)
 {
-    // FFTW's threads are set up once for all live engines.
-    threadsReady = fftw_process_attach() ? 1u : 0u;
+    // FFTW's threads are set up once for all live engines of the mode's precision.
+    threadsReady = fftw_process_attach(precisionOf(mode)) ? 1u : 0u;
     if (!threadsReady)
         status = FFT_ERR_THREADS;  // construction goes on; FFTW retries on planning
     processorCount = static_cast<uint32_t>(get_processor_count());
@@ -78,7 +98,7 @@ FftEngine::~FftEngine()
     destroyPlans();
     freePlanes();
     // FFTW's thread clean-up runs only when this is the last live engine.
-    fftw_process_detach();
+    fftw_process_detach(precisionOf(mode));
 }
 
 void FftEngine::SetFailureHook(void* context, FftFailureHook hook)
@@ -161,18 +181,47 @@ int FftEngine::nextPowerOfTwo(int n, int* exponent)
     return value;
 }
 
+int FftEngine::nextFastSize(int n)
+{
+    for (int size = n < 1 ? 1 : n;; ++size) {
+        int rest = size;
+        for (const int factor : {2, 3, 5, 7})
+            while (rest % factor == 0)
+                rest /= factor;
+        if (rest == 1)
+            return size;
+    }
+}
+
+// A runner may cut the count in four and drop the remainder, as the four-thread
+// split does. Mode 4's count is S, a multiple of four from S = 4 on, and stays
+// as it always was. A fast side may be odd: there the count is rounded up to a
+// multiple of four and the job stops at the last spectrum row.
+int FftEngine::spectrumJobCount() const
+{
+    if (!fastSizes())
+        return paddedWidth;
+    return (spectrumRows() + 3) / 4 * 4;
+}
+
 unsigned FftEngine::planFlags() const { return useWisdom ? FFTW_MEASURE : FFTW_ESTIMATE; }
 
 bool FftEngine::makePlan(PlanKind kind)
 {
-    fftw_plan* field = kind == PlanKind::KernelForward ? &kernelForwardPlan
-                       : kind == PlanKind::WorkForward ? &workForwardPlan
-                                                       : &workInversePlan;
+    return singlePrecision() ? makePlanOf<float>(kind) : makePlanOf<double>(kind);
+}
+
+template <typename Real> bool FftEngine::makePlanOf(PlanKind kind)
+{
+    FftPlanes<Real> planes = planesOf<Real>(*this);
+    typename Fftw<Real>::Plan* field = kind == PlanKind::KernelForward ? &planes.kernelForwardPlan
+                                       : kind == PlanKind::WorkForward ? &planes.workForwardPlan
+                                                                       : &planes.workInversePlan;
     if (*field)
         return true;
-    // FFTW's planner and wisdom are shared by every engine in the process.
+    // FFTW's planners and wisdom are shared by every engine in the process.
     std::lock_guard<std::mutex> guard(fftw_planner_mutex());
-    fftw_plan_with_nthreads(static_cast<int>(processorCount));
+    Fftw<Real>::planWithThreads(static_cast<int>(processorCount));
     const unsigned flags = planFlags();
     // A failed read is tried again before the next plan; a good one not again.
     if (useWisdom && !wisdomLoaded)
@@ -181,15 +230,17 @@ bool FftEngine::makePlan(PlanKind kind)
         status = FFT_ERR_PLAN;
         return false;
     }
+    // Rows first: a plane is paddedHeight rows of paddedWidth samples.
+    const int rows = paddedHeight, rowLength = paddedWidth;
     switch (kind) {
     case PlanKind::KernelForward:
-        *field = fftw_plan_dft_r2c_2d(paddedWidth, paddedHeight, kernelReal, kernelSpectrum, flags);
+        *field = Fftw<Real>::planForward(rows, rowLength, planes.kernelReal, planes.kernelSpectrum, flags);
         break;
     case PlanKind::WorkForward:
-        *field = fftw_plan_dft_r2c_2d(paddedWidth, paddedHeight, workReal, workSpectrum, flags);
+        *field = Fftw<Real>::planForward(rows, rowLength, planes.workReal, planes.workSpectrum, flags);
         break;
     case PlanKind::WorkInverse:
-        *field = fftw_plan_dft_c2r_2d(paddedWidth, paddedHeight, workSpectrum, workReal, flags);
+        *field = Fftw<Real>::planInverse(rows, rowLength, planes.workSpectrum, planes.workReal, flags);
         break;
     }
     ++plansMade;
@@ -204,32 +255,44 @@ bool FftEngine::makePlan(PlanKind kind)
 
 namespace {
 
-template <typename T> void releaseBlock(T*& block)
+template <typename Real, typename T> void releaseBlock(T*& block)
 {
     if (block)
-        fftw_free(block);
+        Fftw<Real>::release(block);
     block = nullptr;
+}
+
+template <typename Real> void freePlanesOf(FftPlanes<Real> p)
+{
+    releaseBlock<Real>(p.kernelReal);
+    releaseBlock<Real>(p.kernelSpectrum);
+    releaseBlock<Real>(p.workReal);
+    releaseBlock<Real>(p.workSpectrum);
+    releaseBlock<Real>(p.lumaPlane);
+    releaseBlock<Real>(p.chromaAPlane);
+    releaseBlock<Real>(p.chromaBPlane);
+}
+
+template <typename Real> void destroyPlansOf(FftPlanes<Real> p)
+{
+    for (typename Fftw<Real>::Plan* plan : {&p.kernelForwardPlan, &p.workForwardPlan, &p.workInversePlan}) {
+        if (*plan)
+            Fftw<Real>::destroy(*plan);
+        *plan = nullptr;
+    }
 }
 
 }  // namespace
 
 void FftEngine::freePlanes()
 {
-    releaseBlock(kernelReal);
-    releaseBlock(kernelSpectrum);
-    releaseBlock(workReal);
-    releaseBlock(workSpectrum);
-    releaseBlock(lumaPlane);
-    releaseBlock(chromaAPlane);
-    releaseBlock(chromaBPlane);
+    freePlanesOf(planesOf<double>(*this));
+    freePlanesOf(planesOf<float>(*this));
 }
 
 void FftEngine::destroyPlans()
 {
     std::lock_guard<std::mutex> guard(fftw_planner_mutex());
-    for (fftw_plan* plan : {&kernelForwardPlan, &workForwardPlan, &workInversePlan}) {
-        if (*plan)
-            fftw_destroy_plan(*plan);
-        *plan = nullptr;
-    }
+    destroyPlansOf(planesOf<double>(*this));
+    destroyPlansOf(planesOf<float>(*this));
 }

@@ -1,11 +1,12 @@
 // FftEngine: the defocus engine.
 //
 // Turns a point-spread image into a stored kernel spectrum (PrepareKernel) and
-// convolves the channels of a frame with it (Run). Transforms are square, of a
-// power-of-two side S from 2 to 8192, double-precision real FFTW transforms, out
-// of place. Calls return a boolean and leave the reason for a failure in `status`
-// (FftStatus). Plans and planes are kept from frame to frame and remade only when
-// S changes.
+// convolves the channels of a frame with it (Run). Transforms are real FFTW
+// transforms, out of place, of paddedWidth x paddedHeight samples, the larger
+// side 2 to 8192; the engine's mode chooses the sizes and the precision (see the
+// FFT_MODE_ constants). Calls return a boolean and leave the reason for a failure in
+// `status` (FftStatus). Plans and planes are kept from frame to frame and remade
+// only when the transform size changes.
 //
 // Per frame: SetRowRunner, SetAbortCheck, SetPixelAspect; a PSF builder (which
 // ends in PrepareKernel) when the PSF has changed; SetInput; SetBrightEmphasis;
@@ -19,7 +20,9 @@
 #include <cstring>
 
 #include "vzlibs/fftlib/fft_codes.h"
+#include "vzlibs/fftlib/fft_single_planes.h"
 #include "vzlibs/fftlib/fft_status.h"
+#include "vzlibs/fftlib/fftw_precision.h"
 #include "vzlibs/imagelib/imagelib.h"
 
 class FftEngine;
@@ -35,18 +38,28 @@ typedef int (*FftAbortCheck)(void* context);
 
 // What a failure hook is asked about.
 enum FftResource : int {
-    FFT_RESOURCE_PLANE = 1,  // an fftw_malloc of a plane or spectrum
+    FFT_RESOURCE_PLANE = 1,  // FFTW's malloc of a plane or spectrum
     FFT_RESOURCE_PLAN = 2,   // a call of FFTW's planner
 };
 // Test seam: asked before each plane allocation and each planner call; a
 // non-zero answer makes that allocation or plan fail as if FFTW had refused it.
 typedef int (*FftFailureHook)(void* context, FftResource resource);
 
-// The only back end built: FFTW. Mode 5 is taken as 4.
+// Back ends, the engine's `mode`. Mode 5 is taken as 4.
+// Square power-of-two transforms in double precision: what the effect creates.
 constexpr uint32_t FFT_MODE_FFTW = 4;
+// Width and height chosen apart, each the smallest size at or above the frame
+// plus twice the margin whose only prime factors are 2, 3, 5 and 7; double
+// precision. The picture is that of mode 4 to within rounding.
+constexpr uint32_t FFT_MODE_FAST = 6;
+// As FFT_MODE_FAST, with single-precision planes and transforms (FFTW's fftwf_
+// library); the pixel arithmetic of the load and store passes stays double.
+constexpr uint32_t FFT_MODE_FAST_FLOAT = 7;
 
 class FftEngine {
 public:
+    // An engine asked for FFT_MODE_FFTW takes the mode that VZ_FFT_MODE names
+    // instead, if any (fft_mode_from_environment); other modes are taken as given.
     explicit FftEngine(uint32_t mode = FFT_MODE_FFTW);
     virtual ~FftEngine();
 
@@ -89,6 +102,9 @@ public:
     // The smallest power of two at or above n (1 for n below 2); the exponent
     // goes to *exponent when asked.
     static int nextPowerOfTwo(int n, int* exponent = nullptr);
+    // The smallest size at or above n whose only prime factors are 2, 3, 5 and 7
+    // (1 for n below 2; n at most 2^30): the side of the fast modes.
+    static int nextFastSize(int n);
 
     // Fields, in the engine's documented order. Public so that row jobs, PSF
     // builders and tests can see the state they work on.
@@ -137,14 +153,17 @@ public:
     uint32_t plansMade;
     // PrepareKernel calls made on this engine; lets callers see that a kernel was kept.
     uint32_t kernelsPrepared;
-    // The image size and transform side that the current kernel spectrum and
+    // The image size and transform size that the current kernel spectrum and
     // offsets were made for; -1 while no PrepareKernel has succeeded since the
     // last attempt. Run convolves only frames of this size.
     int kernelWidth;
     int kernelHeight;
-    int kernelSide;
+    int kernelPaddedWidth;
+    int kernelPaddedHeight;
     void* failureContext;
     FftFailureHook failureHook;
+    // Planes and plans of FFT_MODE_FAST_FLOAT; null in the other modes.
+    FftSinglePlanes single;
 
     // Row jobs and passes of PrepareKernel and Run.
     static void loadKernelRows(FftEngine* engine, int first, int last);
@@ -161,31 +180,51 @@ public:
 private:
     enum class PlanKind { KernelForward, WorkForward, WorkInverse };
 
-    // Makes the plan of `kind` if its field is null; status 9 and false on failure.
+    // Whether the mode chooses width and height apart, and whether its planes
+    // are single precision.
+    bool fastSizes() const { return mode == FFT_MODE_FAST || mode == FFT_MODE_FAST_FLOAT; }
+    bool singlePrecision() const { return mode == FFT_MODE_FAST_FLOAT; }
+    // A plane is paddedHeight rows of paddedWidth samples; its spectrum, in
+    // FFTW's 2-D r2c layout, paddedHeight rows of paddedWidth / 2 + 1 complex
+    // samples. Mode 4's square gives its S x (S/2 + 1).
+    size_t planeSamples() const { return static_cast<size_t>(paddedWidth) * paddedHeight; }
+    int spectrumRows() const { return paddedHeight; }
+    int spectrumRowLength() const { return paddedWidth / 2 + 1; }
+    size_t spectrumSamples() const { return static_cast<size_t>(spectrumRows()) * spectrumRowLength(); }
+    // The row count that the multiply job is run over.
+    int spectrumJobCount() const;
+    // Makes the plan of `kind`, of the mode's precision, if its field is null;
+    // status 9 and false on failure.
     bool makePlan(PlanKind kind);
+    template <typename Real> bool makePlanOf(PlanKind kind);
+    // PrepareKernel after the size and resize rules: planes, plan, load, centring
+    // and the forward transform, in planes of sample type Real.
+    template <typename Real> bool preparePlanes(ImageRec* image);
+    // Run after its checks, in planes of sample type Real.
+    template <typename Real> bool runChannels(ImageRec* output, uint32_t mask, int channels);
     // Planner flags: FFTW_ESTIMATE, or FFTW_MEASURE with wisdom.
     unsigned planFlags() const;
-    // Frees the seven planes and nulls their fields.
+    // Frees the seven planes (of both precisions) and nulls their fields.
     void freePlanes();
-    // Destroys the three plans and nulls their fields.
+    // Destroys the three plans (of both precisions) and nulls their fields.
     void destroyPlans();
     // True when the failure hook asks for `resource` to fail.
     bool injectedFailure(FftResource resource) const
     {
         return failureHook && failureHook(failureContext, resource) != 0;
     }
-    // fftw_malloc through the failure hook.
-    void* allocatePlane(size_t bytes) const
+    // FFTW's malloc for planes of sample type Real, through the failure hook.
+    template <typename Real> void* allocatePlane(size_t bytes) const
     {
-        return injectedFailure(FFT_RESOURCE_PLANE) ? nullptr : fftw_malloc(bytes);
+        return injectedFailure(FFT_RESOURCE_PLANE) ? nullptr : Fftw<Real>::allocate(bytes);
     }
-    // Allocates `field` with fftw_malloc and clears it, if it is null. Status 2 and
-    // false when FFTW has no memory; an existing block is left as it is.
-    template <typename T> bool ensureCleared(T*& field, size_t bytes)
+    // Allocates `field` with FFTW's malloc and clears it, if it is null. Status 2
+    // and false when FFTW has no memory; an existing block is left as it is.
+    template <typename Real, typename T> bool ensureCleared(T*& field, size_t bytes)
     {
         if (field)
             return true;
-        field = static_cast<T*>(allocatePlane(bytes));
+        field = static_cast<T*>(allocatePlane<Real>(bytes));
         if (!field) {
             status = FFT_ERR_MEMORY;
             return false;
@@ -194,10 +233,10 @@ private:
         return true;
     }
     // True when the kernel in force was prepared for frames of width x height at
-    // the present transform side, with all its planes and its plan in place.
+    // the present transform size, with all its planes and its plan in place.
     bool kernelServes(int width, int height) const;
-    // Copies workReal into *plane, allocating it on first use.
-    bool keepPlane(double** plane);
+    // Copies the work plane into `plane`, allocating it on first use.
+    template <typename Real> bool keepPlane(Real*& plane);
     // Reads the wisdom file into FFTW's planner; true on success.
     bool loadWisdom();
     // Writes FFTW's wisdom to the wisdom file; false if it cannot be opened.

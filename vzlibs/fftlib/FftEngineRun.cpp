@@ -2,11 +2,15 @@
 // workReal as emphasised luma, chroma A, chroma B or alpha, transformed,
 // multiplied with the kernel spectrum and transformed back; a store pass turns
 // the kept planes into pixels. Sample-type and channel branches stand outside
-// the pixel loops: each combination is its own instantiation.
+// the pixel loops: each combination is its own instantiation. The passes are
+// written once over the plane's sample type (Real: double, or float in the
+// single-precision mode) and any width and height: a plane is paddedHeight rows
+// of paddedWidth samples. Pixel arithmetic is double in every mode.
 #include <cstring>
 
 #include "vzlibs/fftlib/FftEngine.h"
 #include "vzlibs/fftlib/emphasis.h"
+#include "vzlibs/fftlib/fft_planes.h"
 
 namespace {
 
@@ -71,24 +75,33 @@ template <int Type> const typename SampleTraits<Type>::Sample* rowOf(const Image
                                                                         static_cast<size_t>(r) * image->rowBytes);
 }
 
-// Fills the margin columns of one plane row from its first and last loaded sample.
-inline void extendColumns(double* planeRow, int offsetX, int width, int S)
+// Float frames are neither read nor written: the job only polls.
+void pollOnly(FftEngine* eng, int first, int last)
 {
-    const double left = planeRow[offsetX];
-    const double right = planeRow[offsetX + width - 1];
+    for (int r = first; r <= last; ++r)
+        if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
+            return;
+}
+
+// Fills the margin columns of one plane row from its first and last loaded sample.
+template <typename Real> inline void extendColumns(Real* planeRow, int offsetX, int width, int rowLength)
+{
+    const Real left = planeRow[offsetX];
+    const Real right = planeRow[offsetX + width - 1];
     for (int x = 0; x < offsetX; ++x)
         planeRow[x] = left;
-    for (int x = offsetX + width; x < S; ++x)
+    for (int x = offsetX + width; x < rowLength; ++x)
         planeRow[x] = right;
 }
 
-template <int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, int last)
+template <typename Real, int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, int last)
 {
     using T = SampleTraits<Type>;
     const ImageRec* image = eng->jobSource;
     const int width = image->width;
     const int step = image->channels;
     const int S = eng->paddedWidth;
+    Real* const plane = planesOf<Real>(*eng).jobBuffer;
     const double e = static_cast<double>(eng->brightEmphasis);
     const bool alphaEmphasis = eng->emphasiseAlpha != 0;
     const double k = T::k;
@@ -96,8 +109,8 @@ template <int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, i
         if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
             return;
         const typename T::Sample* in = rowOf<Type>(image, r);
-        double* planeRow = eng->jobBuffer + static_cast<size_t>(r + eng->offsetY) * S;
-        double* out = planeRow + eng->offsetX;
+        Real* planeRow = plane + static_cast<size_t>(r + eng->offsetY) * S;
+        Real* out = planeRow + eng->offsetX;
         if constexpr (Bit == 1 && Type == IMAGE_I32) {
             // 32-bit luma reads bytes 0, 1 and 2 of the row's first pixel and fills
             // the row with that one value.
@@ -105,7 +118,7 @@ template <int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, i
             const double c0 = static_cast<double>(bytes[0]) * k;
             const double c1 = static_cast<double>(bytes[1]) * k;
             const double c2 = static_cast<double>(bytes[2]) * k;
-            const double value = emphasise(c2 * W_B + c1 * W_G + c0 * W_R, e);
+            const Real value = static_cast<Real>(emphasise(c2 * W_B + c1 * W_G + c0 * W_R, e));
             for (int x = 0; x < width; ++x)
                 out[x] = value;
         } else {
@@ -131,7 +144,7 @@ template <int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, i
                     const double c3 = static_cast<double>(p[3]) * k;
                     v = alphaEmphasis ? emphasise(c3, e) : c3;
                 }
-                out[x] = v;
+                out[x] = static_cast<Real>(v);
             }
         }
         if (eng->jobBorderMode == 2)
@@ -139,34 +152,45 @@ template <int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, i
     }
 }
 
-template <int Type> void loadChannelRowsOfType(FftEngine* eng, int first, int last)
+template <typename Real, int Type> void loadChannelRowsOfType(FftEngine* eng, int first, int last)
 {
     switch (eng->jobChannelBit) {
     case 1:
-        loadChannelRowsOf<Type, 1>(eng, first, last);
+        loadChannelRowsOf<Real, Type, 1>(eng, first, last);
         break;
     case 2:
-        loadChannelRowsOf<Type, 2>(eng, first, last);
+        loadChannelRowsOf<Real, Type, 2>(eng, first, last);
         break;
     case 4:
-        loadChannelRowsOf<Type, 4>(eng, first, last);
+        loadChannelRowsOf<Real, Type, 4>(eng, first, last);
         break;
     default:
-        loadChannelRowsOf<Type, 8>(eng, first, last);
+        loadChannelRowsOf<Real, Type, 8>(eng, first, last);
         break;
     }
 }
 
-// Float frames are neither read nor written: the job only polls.
-void pollOnly(FftEngine* eng, int first, int last)
+template <typename Real> void loadChannelRowsIn(FftEngine* eng, int first, int last)
 {
-    for (int r = first; r <= last; ++r)
-        if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
-            return;
+    switch (eng->jobSource->sampleType) {
+    case IMAGE_U8:
+        loadChannelRowsOfType<Real, IMAGE_U8>(eng, first, last);
+        break;
+    case IMAGE_U16:
+        loadChannelRowsOfType<Real, IMAGE_U16>(eng, first, last);
+        break;
+    case IMAGE_I32:
+        loadChannelRowsOfType<Real, IMAGE_I32>(eng, first, last);
+        break;
+    default:
+        pollOnly(eng, first, last);
+        break;
+    }
 }
 
-template <int Type> void storeFrameRowsOf(FftEngine* eng, int first, int last)
+template <typename Real, int Type> void storeFrameRowsOf(FftEngine* eng, int first, int last)
 {
+    const FftPlanes<Real> planes = planesOf<Real>(*eng);
     using T = SampleTraits<Type>;
     using Sample = typename T::Sample;
     ImageRec* image = eng->jobOutput;
@@ -183,13 +207,13 @@ template <int Type> void storeFrameRowsOf(FftEngine* eng, int first, int last)
             return;
         Sample* out = const_cast<Sample*>(rowOf<Type>(image, r));
         const size_t base = static_cast<size_t>(r + eng->offsetY) * S + eng->offsetX;
-        const double* luma = eng->lumaPlane + base;
-        const double* chromaA = eng->chromaAPlane + base;
-        const double* chromaB = eng->chromaBPlane + base;
+        const Real* luma = planes.lumaPlane + base;
+        const Real* chromaA = planes.chromaAPlane + base;
+        const Real* chromaB = planes.chromaBPlane + base;
         for (int x = 0; x < width; ++x) {
-            const double Y = deemphasise(scale * luma[x], e);
-            const double A = scale * chromaA[x] - 0.5;
-            const double B = scale * chromaB[x] - 0.5;
+            const double Y = deemphasise(scale * static_cast<double>(luma[x]), e);
+            const double A = scale * static_cast<double>(chromaA[x]) - 0.5;
+            const double B = scale * static_cast<double>(chromaB[x]) - 0.5;
             const double R = clampUnit(INV_RA * A + Y);
             const double G = clampUnit(Y * INV_GY - A * INV_GA - B * INV_GB);
             const double Bl = clampUnit(B * INV_BB + Y * INV_BY);
@@ -199,9 +223,9 @@ template <int Type> void storeFrameRowsOf(FftEngine* eng, int first, int last)
             p[2] = static_cast<Sample>(toInteger(Bl, m));
         }
         if (storeAlpha) {
-            const double* alpha = eng->jobBuffer + base;
+            const Real* alpha = planes.jobBuffer + base;
             for (int x = 0; x < width; ++x) {
-                double v = scale * alpha[x];
+                double v = scale * static_cast<double>(alpha[x]);
                 if (alphaEmphasis)
                     v = deemphasise(v, e);
                 const int64_t stored = toInteger(clampUnit(v), m);
@@ -215,39 +239,17 @@ template <int Type> void storeFrameRowsOf(FftEngine* eng, int first, int last)
     }
 }
 
-}  // namespace
-
-void FftEngine::loadChannelRows(FftEngine* eng, int first, int last)
+template <typename Real> void storeFrameRowsIn(FftEngine* eng, int first, int last)
 {
-    eng->status = FFT_OK;
-    switch (eng->jobSource->sampleType) {
-    case IMAGE_U8:
-        loadChannelRowsOfType<IMAGE_U8>(eng, first, last);
-        break;
-    case IMAGE_U16:
-        loadChannelRowsOfType<IMAGE_U16>(eng, first, last);
-        break;
-    case IMAGE_I32:
-        loadChannelRowsOfType<IMAGE_I32>(eng, first, last);
-        break;
-    default:
-        pollOnly(eng, first, last);
-        break;
-    }
-}
-
-void FftEngine::storeFrameRows(FftEngine* eng, int first, int last)
-{
-    eng->status = FFT_OK;
     switch (eng->jobOutput->sampleType) {
     case IMAGE_U8:
-        storeFrameRowsOf<IMAGE_U8>(eng, first, last);
+        storeFrameRowsOf<Real, IMAGE_U8>(eng, first, last);
         break;
     case IMAGE_U16:
-        storeFrameRowsOf<IMAGE_U16>(eng, first, last);
+        storeFrameRowsOf<Real, IMAGE_U16>(eng, first, last);
         break;
     case IMAGE_I32:
-        storeFrameRowsOf<IMAGE_I32>(eng, first, last);
+        storeFrameRowsOf<Real, IMAGE_I32>(eng, first, last);
         break;
     default:
         pollOnly(eng, first, last);
@@ -255,48 +257,89 @@ void FftEngine::storeFrameRows(FftEngine* eng, int first, int last)
     }
 }
 
-void FftEngine::multiplySpectrumRows(FftEngine* eng, int first, int last)
+// Spectrum rows first..last, stopping at the spectrum's last row: the job's
+// count may be rounded up (FftEngine::spectrumJobCount).
+template <typename Real> void multiplySpectrumRowsIn(FftEngine* eng, int first, int last, int rows, int rowLength)
 {
-    eng->status = FFT_OK;
-    const int half = eng->paddedHeight / 2;
-    const size_t rowLength = static_cast<size_t>(half) + 1;
+    using Complex = typename FftPlanes<Real>::Complex;
+    const FftPlanes<Real> planes = planesOf<Real>(*eng);
+    if (last > rows - 1)
+        last = rows - 1;
     for (int r = first; r <= last; ++r) {
-        const fftw_complex* kernel = eng->kernelSpectrum + static_cast<size_t>(r) * rowLength;
-        fftw_complex* work = eng->workSpectrum + static_cast<size_t>(r) * rowLength;
-        for (size_t k = 0; k < rowLength; ++k) {
-            const double a = kernel[k][0], b = kernel[k][1];
-            const double c = work[k][0], d = work[k][1];
+        const Complex* kernel = planes.kernelSpectrum + static_cast<size_t>(r) * rowLength;
+        Complex* work = planes.workSpectrum + static_cast<size_t>(r) * rowLength;
+        for (int k = 0; k < rowLength; ++k) {
+            const Real a = kernel[k][0], b = kernel[k][1];
+            const Real c = work[k][0], d = work[k][1];
             work[k][0] = a * c - b * d;
             work[k][1] = a * d + b * c;
         }
     }
 }
 
-void FftEngine::extendRows(const ImageRec* image, double* plane, int top, int stride, int rowLength, int rows)
+// Copies row `top` into the rows above it and the image's last row into the
+// rows below it.
+template <typename Real>
+void extendRowsOf(const ImageRec* image, Real* plane, int top, int stride, int rowLength, int rows)
 {
-    const size_t bytes = static_cast<size_t>(rowLength) * sizeof(double);
-    const double* topRow = plane + static_cast<size_t>(top) * stride;
+    const size_t bytes = static_cast<size_t>(rowLength) * sizeof(Real);
+    const Real* topRow = plane + static_cast<size_t>(top) * stride;
     for (int r = 0; r < top; ++r)
         std::memcpy(plane + static_cast<size_t>(r) * stride, topRow, bytes);
     const int bottom = image->height + top;
     if (bottom < rows) {
-        const double* lastRow = plane + static_cast<size_t>(bottom - 1) * stride;
+        const Real* lastRow = plane + static_cast<size_t>(bottom - 1) * stride;
         for (int r = bottom; r < rows; ++r)
             std::memcpy(plane + static_cast<size_t>(r) * stride, lastRow, bytes);
     }
 }
 
-bool FftEngine::keepPlane(double** plane)
+}  // namespace
+
+void FftEngine::loadChannelRows(FftEngine* eng, int first, int last)
 {
-    const size_t bytes = static_cast<size_t>(paddedWidth) * paddedHeight * sizeof(double);
-    if (!*plane) {
-        *plane = static_cast<double*>(allocatePlane(bytes));
-        if (!*plane) {
+    eng->status = FFT_OK;
+    if (eng->singlePrecision())
+        loadChannelRowsIn<float>(eng, first, last);
+    else
+        loadChannelRowsIn<double>(eng, first, last);
+}
+
+void FftEngine::storeFrameRows(FftEngine* eng, int first, int last)
+{
+    eng->status = FFT_OK;
+    if (eng->singlePrecision())
+        storeFrameRowsIn<float>(eng, first, last);
+    else
+        storeFrameRowsIn<double>(eng, first, last);
+}
+
+void FftEngine::multiplySpectrumRows(FftEngine* eng, int first, int last)
+{
+    eng->status = FFT_OK;
+    const int rows = eng->spectrumRows(), rowLength = eng->spectrumRowLength();
+    if (eng->singlePrecision())
+        multiplySpectrumRowsIn<float>(eng, first, last, rows, rowLength);
+    else
+        multiplySpectrumRowsIn<double>(eng, first, last, rows, rowLength);
+}
+
+void FftEngine::extendRows(const ImageRec* image, double* plane, int top, int stride, int rowLength, int rows)
+{
+    extendRowsOf(image, plane, top, stride, rowLength, rows);
+}
+
+template <typename Real> bool FftEngine::keepPlane(Real*& plane)
+{
+    const size_t bytes = planeSamples() * sizeof(Real);
+    if (!plane) {
+        plane = static_cast<Real*>(allocatePlane<Real>(bytes));
+        if (!plane) {
             status = FFT_ERR_MEMORY;
             return false;
         }
     }
-    std::memcpy(*plane, workReal, bytes);
+    std::memcpy(plane, planesOf<Real>(*this).workReal, bytes);
     return true;
 }
 
@@ -321,15 +364,21 @@ bool FftEngine::Run(ImageRec* output, uint32_t mask)
         return false;
     }
 
-    const int S = paddedWidth;
-    const size_t planeBytes = static_cast<size_t>(S) * S * sizeof(double);
-    const size_t spectrumBytes = static_cast<size_t>(S) * (S / 2 + 1) * sizeof(fftw_complex);
-    if (!ensureCleared(workReal, planeBytes) || !ensureCleared(workSpectrum, spectrumBytes))
+    return singlePrecision() ? runChannels<float>(output, mask, channels) : runChannels<double>(output, mask, channels);
+}
+
+template <typename Real> bool FftEngine::runChannels(ImageRec* output, uint32_t mask, int channels)
+{
+    using Complex = typename FftPlanes<Real>::Complex;
+    FftPlanes<Real> planes = planesOf<Real>(*this);
+    const size_t planeBytes = planeSamples() * sizeof(Real);
+    if (!ensureCleared<Real>(planes.workReal, planeBytes) ||
+        !ensureCleared<Real>(planes.workSpectrum, spectrumSamples() * sizeof(Complex)))
         return false;
     if (!makePlan(PlanKind::WorkForward) || !makePlan(PlanKind::WorkInverse))
         return false;
 
-    double** kept[3] = {&lumaPlane, &chromaAPlane, &chromaBPlane};
+    Real** kept[3] = {&planes.lumaPlane, &planes.chromaAPlane, &planes.chromaBPlane};
     // Channel indices past 3 have no quantity of their own and are not run.
     for (int i = 0; i < channels && i < 4; ++i) {
         const int bit = 1 << i;
@@ -339,26 +388,26 @@ bool FftEngine::Run(ImageRec* output, uint32_t mask)
         jobBorderMode = borderMode;
         jobNormalise = 0;
         jobSource = inputImage;
-        jobBuffer = workReal;
+        planes.jobBuffer = planes.workReal;
         jobOutput = output;
 
         RunRowJob(loadChannelRows, inputImage->height);
         if (status != FFT_OK)
             return false;
         if (borderMode == 2)
-            extendRows(inputImage, workReal, offsetY, S, S, S);
-        fftw_execute(workForwardPlan);
-        RunRowJob(multiplySpectrumRows, paddedWidth);
-        fftw_execute(workInversePlan);
+            extendRowsOf(inputImage, planes.workReal, offsetY, paddedWidth, paddedWidth, paddedHeight);
+        Fftw<Real>::execute(planes.workForwardPlan);
+        RunRowJob(multiplySpectrumRows, spectrumJobCount());
+        Fftw<Real>::execute(planes.workInversePlan);
         if (i < 3) {
-            if (!keepPlane(kept[i]))
+            if (!keepPlane(*kept[i]))
                 return false;
             if (i > 0)
-                std::memset(workReal, 0, planeBytes);
+                std::memset(planes.workReal, 0, planeBytes);
         }
     }
 
-    jobBuffer = workReal;
+    planes.jobBuffer = planes.workReal;
     jobOutput = output;
     RunRowJob(storeFrameRows, output->height);
     return status == FFT_OK;

@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "vzlibs/fftlib/FftEngine.h"
@@ -44,7 +47,39 @@ struct Image {
     }
 };
 
+// An environment variable, put back as it was when the object goes.
+struct SavedVariable {
+    const char* name;
+    const std::optional<std::string> value =
+        std::getenv(name) ? std::optional<std::string>(std::getenv(name)) : std::nullopt;
+    ~SavedVariable() { value ? setenv(name, value->c_str(), 1) : unsetenv(name); }
+};
+
+// Fails the `failAt`-th request (counting from 1) of one resource kind, through
+// the engine's failure hook.
+struct FailureScript {
+    FftResource kind;
+    int failAt;
+    int seen = 0;
+};
+
+inline int scriptedFailure(void* context, FftResource resource)
+{
+    auto* script = static_cast<FailureScript*>(context);
+    return resource == script->kind && ++script->seen == script->failAt;
+}
+
 inline double maxOfType(int type) { return type == 0 ? 255.0 : type == 1 ? 65535.0 : 4294967295.0; }
+
+// Fills every sample of a frame with random values of its type.
+inline void randomise(Image& frame, std::mt19937& rng)
+{
+    std::uniform_int_distribution<uint32_t> sample(0, static_cast<uint32_t>(maxOfType(frame.rec->sampleType)));
+    for (int y = 0; y < frame.rec->height; ++y)
+        for (int x = 0; x < frame.rec->width; ++x)
+            for (int c = 0; c < frame.rec->channels; ++c)
+                frame.set(x, y, c, sample(rng));
+}
 
 // A one-channel 8-bit PSF of the frame's size, all zero.
 inline ImageRec* blankPsf(int w, int h)

@@ -10,16 +10,6 @@ using namespace enginetest;
 
 namespace {
 
-// Fills every sample of a frame with random values of its type.
-void randomise(Image& frame, std::mt19937& rng)
-{
-    std::uniform_int_distribution<uint32_t> sample(0, static_cast<uint32_t>(maxOfType(frame.rec->sampleType)));
-    for (int y = 0; y < frame.rec->height; ++y)
-        for (int x = 0; x < frame.rec->width; ++x)
-            for (int c = 0; c < frame.rec->channels; ++c)
-                frame.set(x, y, c, sample(rng));
-}
-
 struct ConvolutionCase {
     int sampleType;
     uint32_t mask;

@@ -14,19 +14,6 @@ using namespace enginetest;
 
 namespace {
 
-// Fails the `failAt`-th request (counting from 1) of one resource kind.
-struct FailureScript {
-    FftResource kind;
-    int failAt;
-    int seen = 0;
-};
-
-int scriptedFailure(void* context, FftResource resource)
-{
-    auto* script = static_cast<FailureScript*>(context);
-    return resource == script->kind && ++script->seen == script->failAt;
-}
-
 class EngineSafety : public ::testing::Test {
 protected:
     // A frame with a little structure, so that a convolution changes it.

@@ -14,11 +14,13 @@
 #include "engine_test_support.h"
 #include "vzlibs/baselib/machine.h"
 #include "vzlibs/fftlib/FftEngine.h"
+#include "vzlibs/fftlib/fftw_precision.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using enginetest::Image;
+using enginetest::SavedVariable;
 
 // A random 20 x 20 frame with margin 4 (transforms of side 32) and a 5 x 5 kernel.
 struct Frame {
@@ -36,20 +38,22 @@ struct Frame {
     bool both(FftEngine& engine) { return prepare(engine) && run(engine); }
 };
 
-// True if FFTW holds measured wisdom for the engine's transforms of side S.
-bool measuredWisdomFor(int S)
+// True if the FFTW library of sample type Real holds measured wisdom for the
+// engine's transforms of `rows` rows of `rowLength` samples.
+template <typename Real> bool measuredWisdomFor(int rows, int rowLength)
 {
-    double* real = fftw_alloc_real(static_cast<size_t>(S) * S);
-    fftw_complex* spectrum = fftw_alloc_complex(static_cast<size_t>(S) * (S / 2 + 1));
-    fftw_plan_with_nthreads(get_processor_count());
-    fftw_plan forward = fftw_plan_dft_r2c_2d(S, S, real, spectrum, FFTW_MEASURE | FFTW_WISDOM_ONLY);
-    fftw_plan inverse = fftw_plan_dft_c2r_2d(S, S, spectrum, real, FFTW_MEASURE | FFTW_WISDOM_ONLY);
+    using F = Fftw<Real>;
+    Real* real = static_cast<Real*>(F::allocate(sizeof(Real) * rows * rowLength));
+    auto* spectrum = static_cast<typename F::Complex*>(F::allocate(sizeof(typename F::Complex) * rows * (rowLength / 2 + 1)));
+    F::planWithThreads(get_processor_count());
+    typename F::Plan forward = F::planForward(rows, rowLength, real, spectrum, FFTW_MEASURE | FFTW_WISDOM_ONLY);
+    typename F::Plan inverse = F::planInverse(rows, rowLength, spectrum, real, FFTW_MEASURE | FFTW_WISDOM_ONLY);
     const bool both = forward && inverse;
-    for (fftw_plan plan : {forward, inverse})
+    for (typename F::Plan plan : {forward, inverse})
         if (plan)
-            fftw_destroy_plan(plan);
-    fftw_free(real);
-    fftw_free(spectrum);
+            F::destroy(plan);
+    F::release(real);
+    F::release(spectrum);
     return both;
 }
 
@@ -58,14 +62,6 @@ std::string contents(const fs::path& path)
     std::ifstream in(path);
     return {std::istreambuf_iterator<char>(in), {}};
 }
-
-// An environment variable, put back as it was when the object goes.
-struct SavedVariable {
-    const char* name;
-    const std::optional<std::string> value =
-        std::getenv(name) ? std::optional<std::string>(std::getenv(name)) : std::nullopt;
-    ~SavedVariable() { value ? setenv(name, value->c_str(), 1) : unsetenv(name); }
-};
 
 // A home directory of its own with a Settings folder, VZ_HOME_DIR pointing at
 // it and FFTW's wisdom forgotten; both variables are given back at the end.
@@ -79,6 +75,11 @@ protected:
         fs::create_directory(home / "Settings");
         file = home / "Settings" / "fftw3_wisdom_vz.dat";
         setenv("VZ_HOME_DIR", dir, 1);
+        unsetenv("VZ_FFT_MODE");
+        // The single-precision planner is left alone: only engines touch it, and
+        // the last one to go leaves it pristine. Touching it first would make it
+        // without its thread solvers, and the wisdom it writes unreadable by a
+        // planner made with them.
         fftw_forget_wisdom();
     }
     void TearDown() override
@@ -87,7 +88,7 @@ protected:
         std::error_code ignored;
         fs::remove_all(home, ignored);
     }
-    SavedVariable savedHome{"VZ_HOME_DIR"}, savedWisdom{"VZ_USE_FFTW_WISDOM"};
+    SavedVariable savedHome{"VZ_HOME_DIR"}, savedWisdom{"VZ_USE_FFTW_WISDOM"}, savedMode{"VZ_FFT_MODE"};
     fs::path home, file;
 };
 
@@ -102,7 +103,7 @@ TEST_F(WisdomTest, EmptyVariableMakesThreeMeasuredPlansAndWritesTheFileFromTheFi
         EXPECT_TRUE(fs::exists(file));
         ASSERT_TRUE(measured.run(engine));
         EXPECT_EQ(engine.plansMade, 3u);
-        EXPECT_TRUE(measuredWisdomFor(engine.paddedWidth));
+        EXPECT_TRUE(measuredWisdomFor<double>(engine.paddedWidth, engine.paddedWidth));
     }
     // Measuring scribbles over the planes; the frame must come out as planned
     // the quick way.
@@ -147,6 +148,29 @@ TEST_F(WisdomTest, WithoutTheVariableNothingIsReadOrWritten)
     }
 }
 
+TEST_F(WisdomTest, FastModesMeasureAndKeepWisdomInTheFileOfTheirPrecision)
+{
+    setenv("VZ_USE_FFTW_WISDOM", "", 1);
+    const fs::path singleFile = home / "Settings" / "fftw3f_wisdom_vz.dat";
+    Frame frame;  // 20 + 2 x 4 = 28 = 2^2 x 7 on both sides
+    {
+        FftEngine single(FFT_MODE_FAST_FLOAT);
+        ASSERT_TRUE(frame.both(single));
+        EXPECT_EQ(single.plansMade, 3u);
+        EXPECT_TRUE(measuredWisdomFor<float>(28, 28));
+        EXPECT_TRUE(fs::exists(singleFile));
+        EXPECT_FALSE(fs::exists(file));  // the double planner's file is not this one's
+    }
+    FftEngine again(FFT_MODE_FAST_FLOAT);  // a new start reads its own file
+    ASSERT_TRUE(frame.prepare(again));
+    EXPECT_EQ(again.wisdomLoaded, 1u);
+
+    FftEngine fast(FFT_MODE_FAST);
+    ASSERT_TRUE(frame.both(fast));
+    EXPECT_TRUE(measuredWisdomFor<double>(28, 28));
+    EXPECT_TRUE(fs::exists(file));
+}
+
 }  // namespace
 
 namespace {
@@ -159,9 +183,9 @@ TEST_F(WisdomTest, AnEngineGoingKeepsTheWisdomOfThoseThatStay)
     Frame frame;
     FftEngine stays;
     ASSERT_TRUE(frame.both(stays));
-    ASSERT_TRUE(measuredWisdomFor(stays.paddedWidth));
+    ASSERT_TRUE(measuredWisdomFor<double>(stays.paddedWidth, stays.paddedWidth));
     { FftEngine goes; }
-    EXPECT_TRUE(measuredWisdomFor(stays.paddedWidth));
+    EXPECT_TRUE(measuredWisdomFor<double>(stays.paddedWidth, stays.paddedWidth));
 }
 
 }  // namespace
