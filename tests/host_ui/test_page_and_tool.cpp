@@ -204,7 +204,6 @@ TEST_F(PageAndTool, PenEventsDrawAndDragTheOverlay)
     EXPECT_FALSE(tool->Invalidations().empty());
     tool->OnLinkToViewer(nullptr);
     tool->OnLinkToOperator(nullptr);
-    page->tool->Release();
 }
 
 TEST_F(PageAndTool, HelpAfterAFailedLoadTouchesNothing)
