@@ -32,11 +32,11 @@ const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth 
     const long code = std::strtol(name.c_str(), &end, 10);
     if (end && *end == '\0' && end != name.c_str())
         format = hostFormatGeometry(static_cast<int32_t>(code));
-    if (!format) {
-        const std::string wanted = upper(name);
-        format = hostFormatNamed(wanted.c_str());
-        if (!format)
-            format = hostFormatNamed(("MFIF_" + wanted).c_str());
+    const std::string wanted = upper(name);
+    for (int32_t c = 1; c <= kHostFormatCount && !format; ++c) {
+        const std::string known = upper(hostFormatGeometry(c)->name);
+        if (known == wanted || known == "MFIF_" + wanted)
+            format = hostFormatGeometry(c);
     }
     if (!format)
         throw UsageError("--host-format: unknown format \"" + name + "\" (`lumenveil formats` lists them)");

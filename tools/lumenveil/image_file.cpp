@@ -76,7 +76,10 @@ std::unique_ptr<OIIO::ImageInput> openInput(const std::string& path)
     std::error_code error;
     if (!fs::exists(path, error))
         throw Failure("cannot read " + path + ": no such file");
-    auto in = OIIO::ImageInput::open(path);
+    // Colour as the file stores it, never multiplied by alpha on the way in.
+    OIIO::ImageSpec config;
+    config.attribute("oiio:UnassociatedAlpha", 1);
+    auto in = OIIO::ImageInput::open(path, &config);
     if (!in) {
         const std::string reason = OIIO::geterror();
         throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
@@ -131,8 +134,10 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
     if (!out)
         throw Failure("cannot write " + path + ": no image format for its name");
     OIIO::ImageSpec spec(frame.width, frame.height, written, typeOf(depth));
-    if (written == 4)
+    if (written == 4) {
         spec.alpha_channel = 3;
+        spec.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
+    }
     const fs::path target(path);
     const fs::path temporary = temporaryBeside(target);
     bool ok = out->open(temporary.string(), spec);

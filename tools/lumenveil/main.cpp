@@ -39,14 +39,19 @@ int report(const char* message, int code)
 
 }  // namespace
 
+// The module stays loaded until the process ends: unloading it while the
+// transform library's worker threads are still winding down crashes them.
+EffectModule* g_loadedModule = nullptr;
+
 int main(int argc, char** argv)
 {
     std::string modulePath = modulePathFromArguments(argc, argv);
-    std::unique_ptr<EffectModule> module;
+    EffectModule* module = nullptr;
     std::string moduleError;
     std::vector<Parameter> parameters;
     try {
-        module = std::make_unique<EffectModule>(locateModule(modulePath));
+        g_loadedModule = new EffectModule(locateModule(modulePath));
+        module = g_loadedModule;
         parameters = EffectInstance(module->CreateEffect()).Parameters();
     } catch (const Failure& failure) {
         moduleError = failure.what();
