@@ -74,7 +74,8 @@ TEST_F(Errors, UsageErrorsExitTwo)
 
 TEST_F(Errors, FailuresExitOne)
 {
-    expectRefused({"render", "missing.png", "-o", "keep.png"}, 1, "cannot read missing.png: no such file");
+    expectRefused({"render", "missing.png", "-o", "keep.png", "--save-preset", "p.json"}, 1,
+                  "cannot read missing.png: no such file");
     expectRefused({"render", "garbage.png", "-o", "keep.png"}, 1, "cannot read garbage.png");
     expectRefused({"render", "five.tif", "-o", "keep.png"}, 1, "5 channels");
     expectRefused({"render", "in.png", "-o", "keep.png", "--spread", "small.png"}, 1, "must be the same size");

@@ -164,12 +164,12 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
         const KeyOption key = parseKeyOption(effect.Parameters(), text);
         effect.SetKey(*key.parameter, key.frame / r.rate, key.value);
     }
-    if (!r.savePreset.empty()) {
+    if (!r.savePreset.empty())
         checkWritable(r.savePreset);
+    if (presetOnly) {
         writeTextFile(r.savePreset, effect.SavePreset());
-    }
-    if (presetOnly)
         return;
+    }
 
     // Everything that can be known before the first frame is checked first,
     // so that a bad run writes nothing.
@@ -191,6 +191,8 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     checkWritable(framePath(r.output, range.first));
     if (!r.overlay.empty())
         checkWritable(framePath(r.overlay, range.first));
+    if (!r.savePreset.empty())
+        writeTextFile(r.savePreset, effect.SavePreset());
 
     ImageEffectHost host;
     CoordMan coordinates(r.pixelAspect);
