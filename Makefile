@@ -30,9 +30,10 @@ test: test-release test-sanitize
 bench: build
 	./build/release/bench/lumenveil_bench
 
-demo:
-	@echo "make demo arrives with the command-line tool; it is not built yet."
-	@exit 1
+DEMO_DIR ?= build/demo
+
+demo: build
+	./build/release/tools/lumenveil/lumenveil demo --out $(DEMO_DIR)
 
 clean:
 	rm -rf build

@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Times `lumenveil render` on a full-HD 16-bit sequence and sets its frame rate
+# beside the engine's steady-state Run benchmark (four channels, four row
+# threads). The tool reads the next frame and writes the last one while the
+# current one renders, so file work should keep it at 80% of the engine's rate
+# or above.
+#
+#   bench/tool_sequence.sh [FRAMES]        (default 100)
+#
+# TOOL and BENCH name the programs (defaults: build/release/...); WORK the
+# scratch directory (default build/tool-bench). Without the benchmark program
+# only the tool's rate is reported.
+set -euo pipefail
+
+frames=${1:-100}
+root=$(cd "$(dirname "$0")/.." && pwd)
+tool=${TOOL:-$root/build/release/tools/lumenveil/lumenveil}
+bench=${BENCH:-$root/build/release/bench/lumenveil_bench}
+work=${WORK:-$root/build/tool-bench}
+
+[ -x "$tool" ] || { echo "tool_sequence: no tool at $tool (make build)" >&2; exit 1; }
+mkdir -p "$work/in" "$work/out"
+
+# One 1920 x 1080 16-bit frame (a binary PPM), linked as every frame of the sequence.
+if [ ! -f "$work/frame.ppm" ]; then
+  python3 - "$work/frame.ppm" <<'PY'
+import struct, sys
+w, h = 1920, 1080
+row = bytearray()
+for x in range(w):
+    v = (x * 65535) // (w - 1)
+    row += struct.pack(">HHH", v, 65535 - v, (v * 7) % 65536)
+with open(sys.argv[1], "wb") as f:
+    f.write(b"P6 %d %d 65535\n" % (w, h))
+    for y in range(h):
+        if y % 97 == 0:
+            f.write(bytes([255]) * len(row))  # a bright line now and then
+        else:
+            f.write(row)
+PY
+fi
+for ((i = 0; i < frames; i++)); do
+  ln -f "$work/frame.ppm" "$(printf '%s/in/f.%04d.ppm' "$work" "$i")"
+done
+rm -f "$work"/out/*
+
+start=$(date +%s.%N)
+"$tool" render "$work/in/f.%04d.ppm" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet
+end=$(date +%s.%N)
+tool_fps=$(python3 -c "print(f'{$frames / ($end - $start):.3f}')")
+echo "tool:   $frames frames in $(python3 -c "print(f'{$end - $start:.1f}')") s, $tool_fps frames/s"
+
+if [ -x "$bench" ]; then
+  run_ms=$("$bench" --benchmark_filter='BM_EngineRun/mask:15/threads:1/' --benchmark_format=csv 2>/dev/null |
+           awk -F, '/BM_EngineRun/ { print $3 }' | head -1)
+  engine_fps=$(python3 -c "print(f'{1000 / $run_ms:.3f}')")
+  echo "engine: Run $run_ms ms, $engine_fps frames/s"
+  python3 -c "r = $tool_fps / $engine_fps; print(f'tool / engine: {r:.0%}', '(target 80% or more)')"
+else
+  echo "engine: no benchmark program at $bench (make bench builds it)"
+fi

@@ -1,0 +1,116 @@
+// Bad input: one clear message, exit 2 for usage and 1 for failures, and
+// nothing written: no output, no temporary file, an existing output kept.
+#include <cmath>
+#include <fstream>
+
+#include "tool_fixture.h"
+
+namespace {
+
+// What --overlay says while the module has no interactive tool. When the tool
+// lands, this expectation turns into a test that the overlay file is written.
+constexpr int kOverlayExit = 1;
+constexpr const char* kOverlayMessage = "has no interactive tool";
+
+class Errors : public ToolTest {
+protected:
+    void SetUp() override
+    {
+        ToolTest::SetUp();
+        write("in.png", dot(32, 24, 16, 12), OIIO::TypeDesc::UINT8);
+        write("small.png", dot(16, 24, 8, 12), OIIO::TypeDesc::UINT8);
+        Picture five(8, 8, 5);
+        write("five.tif", five, OIIO::TypeDesc::UINT8);
+        std::ofstream(path("garbage.png")) << "this is not a picture";
+        std::ofstream(path("bad.json")) << "{ \"not\": ";
+        std::ofstream(path("keep.png")) << "an older result";
+        before = files();
+    }
+    // Runs a failing command; checks the exit code, the message, and that no
+    // file came or went and keep.png is as it was.
+    void expectRefused(const std::vector<std::string>& args, int exitCode, const std::string& message)
+    {
+        const ToolRun r = run(args);
+        std::string command;
+        for (const std::string& a : args)
+            command += a + " ";
+        EXPECT_EQ(r.exitCode, exitCode) << command << "\n" << r.err;
+        EXPECT_NE(r.err.find(message), std::string::npos) << command << "\nstderr: " << r.err;
+        // One line; a usage error may add where the help is.
+        EXPECT_LE(std::count(r.err.begin(), r.err.end(), '\n'), exitCode == 2 ? 2 : 1) << r.err;
+        EXPECT_EQ(files(), before) << command;
+        EXPECT_EQ(bytes("keep.png"), "an older result") << command;
+    }
+    std::vector<std::string> before;
+};
+
+TEST_F(Errors, UsageErrorsExitTwo)
+{
+    expectRefused({"render", "in.png", "-o", "keep.png", "--radius-x", "wide"}, 2, "\"wide\" is not a number");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--radius-x", "0.5"}, 2, "0.5 is outside 0 to 0.3");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--radius-psf1", "0"}, 2, "outside 0.001 to 1");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--sides", "21"}, 2, "21 is outside 3 to 20");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--sides", "4.5"}, 2, "not a whole number");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--shape", "hexagon"}, 2, "circle|ellipse|polygon|image");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--centre", "0.5"}, 2, "is not X,Y");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--centre", "0.5,1.5"}, 2, "outside 0 to 1");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--key", "radius-x=3"}, 2, "NAME=FRAME:VALUE");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--key", "depth=0:1"}, 2, "no parameter named");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--key", "match-radii=0:1"}, 2, "cannot be animated");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--key", "radius-x=0:0.9"}, 2, "outside 0 to 0.3");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--frames", "0-3"}, 2, "--frames needs a sequence");
+    expectRefused({"render", "in.%04d.png", "-o", "out.png", "--frames", "0-3"}, 2, "OUTPUT needs a frame number");
+    expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png", "--frames", "3-1"}, 2, "ends before it starts");
+    expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png"}, 2, "--frames A-B");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "MFIF_CbYCrY_16"}, 2, "not available");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "MFIF_NOPE"}, 2, "unknown format");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--keep", "q"}, 2, "not a channel");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--rate", "0"}, 2, "--rate");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--engine", "warp"}, 2, "warp");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--no-such-option"}, 2, "no-such-option");
+    expectRefused({"render", "in.png"}, 2, "-o OUTPUT");
+    expectRefused({}, 2, "subcommand");
+}
+
+TEST_F(Errors, FailuresExitOne)
+{
+    expectRefused({"render", "missing.png", "-o", "keep.png", "--save-preset", "p.json"}, 1,
+                  "cannot read missing.png: no such file");
+    expectRefused({"render", "garbage.png", "-o", "keep.png"}, 1, "cannot read garbage.png");
+    expectRefused({"render", "five.tif", "-o", "keep.png"}, 1, "5 channels");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--spread", "small.png"}, 1, "must be the same size");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--spread", "missing.png"}, 1, "missing.png");
+    expectRefused({"render", "in.png", "-o", "no/such/dir/out.png"}, 1, "cannot write no/such/dir/out.png");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--preset", "bad.json"}, 1, "preset bad.json refused");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--preset", "none.json"}, 1, "cannot read none.json");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--overlay", "over.png"}, kOverlayExit, kOverlayMessage);
+    expectRefused({"render", "in.png", "-o", "keep.png", "--overlay", "over.png", "--save-preset", "p.json"},
+                  kOverlayExit, kOverlayMessage);
+    expectRefused({"--module", "no-module.so", "info"}, 1, "cannot load the effect module");
+}
+
+// The largest width whose transform fits at RadiusX `radius`: the frame and a
+// margin of ceil(radius x 0.5 x width) + 1 on each side within 8192.
+int largestWidth(double radius)
+{
+    auto fits = [radius](int w) {
+        const int margin = int(std::ceil(float(radius * 0.5 * w))) + 1;
+        return w + 2 * margin <= 8192;
+    };
+    int w = 8192;
+    while (!fits(w))
+        --w;
+    return w;
+}
+
+TEST_F(Errors, FrameTooLargeForTheTransformSaysWhatFits)
+{
+    write("wide.png", Picture(8000, 4, 3), OIIO::TypeDesc::UINT8);
+    before = files();
+    const int widest = largestWidth(0.1);
+    const int margin = int(std::ceil(float(0.1 * 0.5 * widest))) + 1;
+    expectRefused({"render", "wide.png", "-o", "keep.png", "--radius-x", "0.1"}, 1,
+                  "up to " + std::to_string(widest) + " wide and " + std::to_string(8192 - 2 * margin) + " high");
+}
+
+}  // namespace

@@ -1,0 +1,161 @@
+// Files of each depth and kind, alpha and grey, whole frames, and the channel
+// and field selections of the host.
+#include <cmath>
+
+#include "tool_fixture.h"
+
+namespace {
+
+using Files = ToolTest;
+
+// Smooth colour over the frame with one bright spot; alpha 0.5 where asked.
+Picture scene(int w, int h, int channels)
+{
+    Picture p(w, h, channels);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            p.at(x, y, 0) = float(x) / w;
+            if (channels >= 3) {
+                p.at(x, y, 1) = float(y) / h;
+                p.at(x, y, 2) = 0.3f;
+            }
+            if (channels == 4 || channels == 2)
+                p.at(x, y, channels - 1) = 0.5f;
+        }
+    p.at(w / 2, h / 2, 0) = 1.0f;
+    return p;
+}
+
+TEST_F(Files, EachDepthAndFileFormatKeepsDepthAndAlpha)
+{
+    struct Case {
+        const char* name;
+        OIIO::TypeDesc type;
+        float step;  // one step of the file's depth
+    };
+    const Case cases[] = {{"in8.png", OIIO::TypeDesc::UINT8, 1 / 255.0f},
+                          {"in16.tif", OIIO::TypeDesc::UINT16, 1 / 65535.0f},
+                          {"inf.exr", OIIO::TypeDesc::FLOAT, 0.0f},
+                          {"inh.exr", OIIO::TypeDesc::HALF, 0.0f},
+                          {"in16.png", OIIO::TypeDesc::UINT16, 1 / 65535.0f}};
+    for (const Case& c : cases) {
+        write(c.name, scene(40, 32, 4), c.type);
+        const std::string out = std::string("out-") + c.name;
+        const ToolRun r = run({"render", c.name, "-o", out});
+        ASSERT_EQ(r.exitCode, 0) << c.name << r.err;
+        const Picture p = read(out);
+        EXPECT_EQ(p.format, c.type) << c.name;
+        ASSERT_EQ(p.channels, 4) << c.name;
+        // A uniform alpha of one half is still one half (the effect's 15 bits).
+        for (int i = 3; i < int(p.data.size()); i += 4)
+            ASSERT_NEAR(p.data[i], 0.5f, c.step + 1 / 32767.0f) << c.name;
+        // The spot was spread.
+        EXPECT_LT(p.at(20, 16, 0), 0.9f) << c.name;
+    }
+    // --depth converts.
+    ASSERT_EQ(run({"render", "in8.png", "-o", "deep.tif", "--depth", "16"}).exitCode, 0);
+    EXPECT_EQ(read("deep.tif").format, OIIO::TypeDesc::UINT16);
+    ASSERT_EQ(run({"render", "in16.tif", "-o", "flat.png", "--depth", "8"}).exitCode, 0);
+    EXPECT_EQ(read("flat.png").format, OIIO::TypeDesc::UINT8);
+}
+
+TEST_F(Files, GreyIsTakenAsRgbAndSameCommandSameBytes)
+{
+    write("grey.png", scene(40, 32, 1), OIIO::TypeDesc::UINT8);
+    ASSERT_EQ(run({"render", "grey.png", "-o", "a.png"}).exitCode, 0);
+    const Picture p = read("a.png");
+    ASSERT_EQ(p.channels, 3);
+    for (int y = 0; y < p.height; ++y)
+        for (int x = 0; x < p.width; ++x) {
+            ASSERT_NEAR(p.at(x, y, 1), p.at(x, y, 0), 1 / 255.0f);
+            ASSERT_NEAR(p.at(x, y, 2), p.at(x, y, 0), 1 / 255.0f);
+        }
+    ASSERT_EQ(run({"render", "grey.png", "-o", "b.png"}).exitCode, 0);
+    EXPECT_EQ(bytes("a.png"), bytes("b.png"));
+    // Grey with alpha gives RGBA.
+    write("greya.png", scene(40, 32, 2), OIIO::TypeDesc::UINT8);
+    ASSERT_EQ(run({"render", "greya.png", "-o", "c.png"}).exitCode, 0);
+    EXPECT_EQ(read("c.png").channels, 4);
+}
+
+TEST_F(Files, BottomRowsOfAFrameNotAMultipleOfFourAreDefocusedLikeTheRest)
+{
+    // Coloured vertical stripes, the same in every row: defocused, every row
+    // is alike; left unconvolved, the last rows keep their sharp stripes.
+    constexpr int w = 320, h = 199;  // 199 = 4 x 49 + 3
+    Picture stripes(w, h, 3);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            const bool red = (x / 6) % 2 == 0;
+            stripes.at(x, y, 0) = red ? 0.9f : 0.1f;
+            stripes.at(x, y, 2) = red ? 0.1f : 0.9f;
+        }
+    write("stripes.png", stripes, OIIO::TypeDesc::UINT8);
+    auto worstBottomRow = [&](const std::string& out) {
+        const Picture p = read(out);
+        float worst = 0;
+        for (int y = h - 3; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                for (int c = 0; c < 3; ++c)
+                    worst = std::max(worst, std::fabs(p.at(x, y, c) - p.at(x, h - 8, c)));
+        return worst;
+    };
+    ASSERT_EQ(run({"render", "stripes.png", "-o", "whole.png", "--radius-x", "0.03"}).exitCode, 0);
+    EXPECT_LE(worstBottomRow("whole.png"), 2 / 255.0f);
+    ASSERT_EQ(run({"render", "stripes.png", "-o", "exact.png", "--radius-x", "0.03", "--exact-host-frame"}).exitCode, 0);
+    EXPECT_GT(worstBottomRow("exact.png"), 0.3f);
+}
+
+TEST_F(Files, KeepMatteFieldsAndHostFormatsSelectWhatTheEffectTouches)
+{
+    constexpr int w = 48, h = 32;
+    write("in.png", scene(w, h, 4), OIIO::TypeDesc::UINT8);
+    const Picture in = read("in.png");
+    ASSERT_EQ(run({"render", "in.png", "-o", "all.png"}).exitCode, 0);
+    const Picture all = read("all.png");
+    // --keep names channels taken unchanged; the others are the effect's.
+    for (int kept = 0; kept < 3; ++kept) {
+        const std::string name = std::string(1, "rgb"[kept]);
+        ASSERT_EQ(run({"render", "in.png", "-o", "keep.png", "--keep", name}).exitCode, 0) << name;
+        const Picture p = read("keep.png");
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                for (int c = 0; c < 3; ++c)
+                    ASSERT_EQ(p.at(x, y, c), c == kept ? in.at(x, y, c) : all.at(x, y, c))
+                        << "--keep " << name << " channel " << c << " at " << x << "," << y;
+    }
+    // --matte: where the input's alpha is 0 the input stands whole.
+    Picture matted = scene(w, h, 4);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w / 2; ++x)
+            matted.at(x, y, 3) = 0.0f;
+    write("matted.png", matted, OIIO::TypeDesc::UINT8);
+    const Picture matteIn = read("matted.png");
+    ASSERT_EQ(run({"render", "matted.png", "-o", "matte.png", "--matte"}).exitCode, 0);
+    const Picture m = read("matte.png");
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w / 2; ++x)
+            for (int c = 0; c < 4; ++c)
+                ASSERT_EQ(m.at(x, y, c), matteIn.at(x, y, c)) << x << "," << y;
+    // --fields even: odd rows (counted from 0 at the top) stay as the input.
+    ASSERT_EQ(run({"render", "in.png", "-o", "even.png", "--fields", "even"}).exitCode, 0);
+    const Picture even = read("even.png");
+    int changedEven = 0;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            if (y % 2)
+                ASSERT_EQ(even.at(x, y, 0), in.at(x, y, 0)) << x << "," << y;
+            else
+                changedEven += even.at(x, y, 0) != in.at(x, y, 0);
+        }
+    EXPECT_GT(changedEven, 0);
+    // Every RGBA host format gives the same picture within a step of 8 bits.
+    for (const char* format : {"MFIF_RGBA_S2_14", "RGBA_FLOAT", "2"}) {
+        ASSERT_EQ(run({"render", "in.png", "-o", "fmt.png", "--host-format", format}).exitCode, 0) << format;
+        const Picture p = read("fmt.png");
+        for (size_t i = 0; i < p.data.size(); ++i)
+            ASSERT_NEAR(p.data[i], all.data[i], 2.5f / 255.0f) << format << " sample " << i;
+    }
+}
+
+}  // namespace

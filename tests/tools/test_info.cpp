@@ -1,0 +1,67 @@
+// `info` shows every parameter of the property table with its default and
+// page range; `formats` the sixteen host formats.
+#include "tool_fixture.h"
+
+namespace {
+
+using Info = ToolTest;
+
+// The line of `text` that starts (after spaces) with `name` and a space.
+std::string lineOf(const std::string& text, const std::string& name)
+{
+    size_t at = 0;
+    while ((at = text.find("\n  " + name + " ", at)) != std::string::npos) {
+        const size_t end = text.find('\n', at + 1);
+        return text.substr(at + 3, end - at - 3);
+    }
+    return "";
+}
+
+TEST_F(Info, ListsEveryParameterWithDefaultAndRange)
+{
+    const ToolRun r = run({"info"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("{6888FDA5-1F1F-4662-9C9E-0765506D80EA}"), std::string::npos);
+    EXPECT_NE(r.out.find("Spread"), std::string::npos);
+    struct Row {
+        const char* name;
+        const char* option;
+        const char* defaultValue;
+        const char* range;
+    };
+    const Row rows[] = {
+        {"Shape", "--shape", "circle", "circle|ellipse|polygon|image"},
+        {"Match Radii", "--[no-]match-radii", "on", "on|off"},
+        {"RadiusX", "--radius-x", "0.03", "0 to 0.3"},
+        {"RadiusY", "--radius-y", "0.03", "0 to 0.3"},
+        {"Sides", "--sides", "6", "3 to 20"},
+        {"Rotation", "--rotation", "0", "-1000 to 1000"},
+        {"Bright Emphasis", "--bright-emphasis", "50", "1 to 100"},
+        {"Emphasise Alpha", "--[no-]emphasise-alpha", "off", "on|off"},
+        {"Extreme Precision", "--[no-]extreme-precision", "off", "on|off"},
+        {"CentreX", "--centre-x", "0.5", "0 to 1"},
+        {"CentreY", "--centre-y", "0.5", "0 to 1"},
+        {"RadiusPSF1", "--radius-psf1", "0.1", "0.001 to 1"},
+        {"RadiusPSF2", "--radius-psf2", "0.15", "0.001 to 1"},
+    };
+    for (const Row& row : rows) {
+        const std::string line = lineOf(r.out, row.name);
+        ASSERT_FALSE(line.empty()) << row.name;
+        for (const char* part : {row.option, row.defaultValue, row.range})
+            EXPECT_NE(line.find(std::string(" ") + part + " "), std::string::npos) << row.name << ": " << line;
+    }
+    // The hidden properties are not parameters.
+    EXPECT_EQ(r.out.find("changeCount"), std::string::npos);
+}
+
+TEST_F(Info, FormatsListsTheSixteenHostFormatsAndFileFormats)
+{
+    const ToolRun r = run({"formats"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    for (const char* name : {"MFIF_RGBA_RAW_32", "MFIF_RGBA_S2_14", "MFIF_RGBA_FLOAT", "MFIF_CbYCrY709A_FLOAT"})
+        EXPECT_NE(r.out.find(name), std::string::npos) << name;
+    for (const char* file : {"png", "tif", "exr"})
+        EXPECT_NE(r.out.find(file), std::string::npos) << file;
+}
+
+}  // namespace

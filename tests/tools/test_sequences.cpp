@@ -1,0 +1,85 @@
+// Sequences split over processes with GNU parallel give the bytes of one run,
+// and an interrupt leaves whole frames only.
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "tool_fixture.h"
+
+namespace {
+
+using Sequences = ToolTest;
+
+// Frame f: a few coloured dots that move with f.
+Picture frame(int w, int h, int f)
+{
+    Picture p(w, h, 3);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            p.at(x, y, 2) = 0.1f + 0.3f * y / h;
+    for (int i = 0; i < 4; ++i) {
+        const int x = (7 + 11 * i + 3 * f) % w, y = (5 + 9 * i + 2 * f) % h;
+        p.at(x, y, 0) = 1.0f;
+        p.at(x, y, 1) = i % 2 ? 1.0f : 0.4f;
+    }
+    return p;
+}
+
+TEST_F(Sequences, SplitOverThreeProcessesWithParallelGivesTheBytesOfOneRun)
+{
+    if (std::system("command -v parallel >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "GNU parallel is not installed (scripts/install-deps installs it)";
+    for (int f = 0; f < 6; ++f)
+        write("in." + std::to_string(1000 + f).substr(1) + ".png", frame(48, 40, f), OIIO::TypeDesc::UINT8);
+    const ToolRun whole = run({"render", "in.###.png", "-o", "one.###.png", "--frames", "0-5", "--shape", "polygon",
+                               "--radius-x", "0.1"});
+    ASSERT_EQ(whole.exitCode, 0) << whole.err;
+    const std::string command = "cd " + directory + " && parallel --halt now,fail=1 -j3 '" LUMENVEIL_TOOL_PATH
+                                " render in.###.png -o split.###.png --frames {} --shape polygon --radius-x 0.1 "
+                                "--quiet' ::: 0-1 2-3 4-5";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    for (int f = 0; f < 6; ++f) {
+        const std::string number = std::to_string(1000 + f).substr(1);
+        EXPECT_FALSE(bytes("one." + number + ".png").empty());
+        EXPECT_EQ(bytes("one." + number + ".png"), bytes("split." + number + ".png")) << "frame " << f;
+    }
+}
+
+TEST_F(Sequences, InterruptLeavesOnlyWholeFrames)
+{
+    constexpr int kFrames = 40;
+    for (int f = 0; f < kFrames; ++f)
+        write("in." + std::to_string(f) + ".png", frame(256, 256, f), OIIO::TypeDesc::UINT8);
+    const int pid = start({"render", "in.%d.png", "-o", "out.%d.png", "--frames", "0-" + std::to_string(kFrames - 1),
+                           "--radius-x", "0.1"});
+    // Once the second frame is written, Ctrl-C.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!std::filesystem::exists(path("out.1.png")) && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    kill(pid, SIGINT);
+    const int code = finish(pid);
+    int written = 0;
+    for (const std::string& name : files()) {
+        EXPECT_EQ(name.find(".partial"), std::string::npos) << name;
+        if (name.rfind("out.", 0) == 0) {
+            ++written;
+            const Picture p = read(name);
+            EXPECT_EQ(p.width, 256) << name;
+        }
+    }
+    if (written < kFrames) {
+        EXPECT_EQ(code, 130);
+        // The frames written are the first ones, without a gap.
+        for (int f = 0; f < written; ++f)
+            EXPECT_TRUE(std::filesystem::exists(path("out." + std::to_string(f) + ".png"))) << f;
+    } else {
+        GTEST_SKIP() << "the run ended before the interrupt";
+    }
+    EXPECT_GE(written, 2);
+}
+
+}  // namespace

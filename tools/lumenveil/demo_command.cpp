@@ -1,0 +1,82 @@
+#include "tools/lumenveil/demo_command.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/demo_scene.h"
+#include "tools/lumenveil/effect_instance.h"
+#include "tools/lumenveil/render_command.h"
+
+namespace {
+
+constexpr int kWidth = 640, kHeight = 360;
+
+struct DemoRender {
+    const char* file;
+    const char* what;
+    std::vector<std::string> options;  // the render command's parameter options
+    bool spread;
+};
+
+// Renders `scene` to `output` with the parameter options given, through the
+// same options and road as `lumenveil render`.
+void render(const EffectModule& module, const std::string& scene, const std::string& output,
+            const std::vector<std::string>& options, const std::string& spread, const std::string& overlay)
+{
+    std::vector<Parameter> parameters = EffectInstance(module.CreateEffect()).Parameters();
+    CLI::App command;
+    RenderRequest request;
+    addRenderOptions(command, request);
+    ParameterOptions parameterOptions(command, parameters);
+    std::vector<std::string> args = options;
+    args.insert(args.begin(), {scene, "-o", output, "--quiet"});
+    if (!spread.empty())
+        args.insert(args.end(), {"--spread", spread});
+    if (!overlay.empty())
+        args.insert(args.end(), {"--overlay", overlay});
+    std::vector<std::string> reversed(args.rbegin(), args.rend());
+    command.parse(reversed);
+    runRender(module, request, parameterOptions);
+}
+
+}  // namespace
+
+void runDemo(const EffectModule& module, const std::string& directory)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::create_directories(directory, error);
+    if (error)
+        throw Failure("cannot create " + directory + ": " + error.message());
+    const std::string scene = (fs::path(directory) / "scene.png").string();
+    const std::string aperture = (fs::path(directory) / "aperture.png").string();
+    writeImage(scene, makeNightScene(kWidth, kHeight), SampleDepth::U8, 3);
+    // The star spans the inner cut-out radius of the Image render below.
+    writeImage(aperture, makeStarAperture(kWidth, kHeight, 0.03f * 0.5f * kWidth), SampleDepth::U8, 3);
+
+    const std::vector<DemoRender> renders = {
+        {"circle.png", "circle aperture", {"--shape", "circle", "--radius-x", "0.02"}, false},
+        {"hexagon.png", "hexagonal aperture", {"--shape", "polygon", "--sides", "6", "--radius-x", "0.02", "--rotation", "15"}, false},
+        {"star.png", "aperture cut from aperture.png", {"--shape", "image", "--radius-psf1", "0.03", "--radius-psf2", "0.035"}, true},
+    };
+    std::printf("lumenveil demo: the scene and its defocused versions are in %s\n", directory.c_str());
+    std::printf("  %-16s the night scene (input)\n", "scene.png");
+    std::printf("  %-16s the aperture picture for the Image shape\n", "aperture.png");
+    for (const DemoRender& demo : renders) {
+        const std::string output = (fs::path(directory) / demo.file).string();
+        render(module, scene, output, demo.options, demo.spread ? aperture : "", "");
+        std::printf("  %-16s %s\n", demo.file, demo.what);
+    }
+    const std::string overlay = (fs::path(directory) / "overlay.png").string();
+    try {
+        render(module, scene, (fs::path(directory) / "star.png").string(), renders[2].options, aperture, overlay);
+        std::printf("  %-16s the Image render with the viewer overlay drawn over it\n", "overlay.png");
+    } catch (const Failure& failure) {
+        std::printf("  (no overlay.png: %s)\n", failure.what());
+    }
+}

@@ -1,0 +1,9 @@
+// `lumenveil demo`: renders the built-in night scene through the effect with
+// a few apertures and says where the pictures are.
+#pragma once
+
+#include <string>
+
+#include "tools/lumenveil/effect_module.h"
+
+void runDemo(const EffectModule& module, const std::string& directory);

@@ -1,0 +1,48 @@
+#include "tools/lumenveil/host_format_choice.h"
+
+#include <cctype>
+#include <cstdlib>
+
+#include "tools/lumenveil/cli_error.h"
+
+namespace {
+
+std::string upper(std::string text)
+{
+    for (char& c : text)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+}  // namespace
+
+std::string hostFormatSupport(const HostFormatGeometry& format)
+{
+    if (format.pairs)
+        return "Cb Y Cr Y formats need a colour conversion that this tool does not make";
+    return "";
+}
+
+const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth depth)
+{
+    if (name.empty())
+        return hostFormatNamed(depth == SampleDepth::U8 ? "MFIF_RGBA_RAW_32" : "MFIF_RGBA_FLOAT");
+    const HostFormatGeometry* format = nullptr;
+    char* end = nullptr;
+    const long code = std::strtol(name.c_str(), &end, 10);
+    if (end && *end == '\0' && end != name.c_str())
+        format = hostFormatGeometry(static_cast<int32_t>(code));
+    const std::string wanted = upper(name);
+    for (int32_t c = 1; c <= kHostFormatCount && !format; ++c) {
+        const std::string known = upper(hostFormatGeometry(c)->name);
+        if (known == wanted || known == "MFIF_" + wanted)
+            format = hostFormatGeometry(c);
+    }
+    if (!format)
+        throw UsageError("--host-format: unknown format \"" + name + "\" (`lumenveil formats` lists them)");
+    const std::string why = hostFormatSupport(*format);
+    if (!why.empty())
+        throw UsageError(std::string("--host-format: ") + format->name + " is not available: " + why +
+                         "; use an RGBA format");
+    return format;
+}

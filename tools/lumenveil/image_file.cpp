@@ -1,0 +1,194 @@
+#include "tools/lumenveil/image_file.h"
+
+#include <OpenImageIO/imageio.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+#include "tools/lumenveil/cli_error.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+SampleDepth depthOf(const OIIO::TypeDesc& type)
+{
+    switch (type.basetype) {
+    case OIIO::TypeDesc::UINT8:
+    case OIIO::TypeDesc::INT8:
+        return SampleDepth::U8;
+    case OIIO::TypeDesc::UINT16:
+    case OIIO::TypeDesc::INT16:
+        return SampleDepth::U16;
+    case OIIO::TypeDesc::HALF:
+        return SampleDepth::Half;
+    default:
+        return SampleDepth::Float;
+    }
+}
+
+OIIO::TypeDesc typeOf(SampleDepth depth)
+{
+    switch (depth) {
+    case SampleDepth::U8:
+        return OIIO::TypeDesc::UINT8;
+    case SampleDepth::U16:
+        return OIIO::TypeDesc::UINT16;
+    case SampleDepth::Half:
+        return OIIO::TypeDesc::HALF;
+    default:
+        return OIIO::TypeDesc::FLOAT;
+    }
+}
+
+// A name beside `target` that no other writer of this process or another uses.
+fs::path temporaryBeside(const fs::path& target)
+{
+    static std::atomic<unsigned> serial{0};
+    std::string name = ".";
+    name += target.stem().string();
+    name += ".partial-";
+    name += std::to_string(getpid());
+    name += '-';
+    name += std::to_string(serial++);
+    name += target.extension().string();
+    return target.parent_path() / name;
+}
+
+// Moves the finished temporary file onto the target.
+void commit(const fs::path& temporary, const fs::path& target)
+{
+    std::error_code error;
+    fs::rename(temporary, target, error);
+    if (error) {
+        fs::remove(temporary, error);
+        throw Failure("cannot write " + target.string() + ": " + error.message());
+    }
+}
+
+std::unique_ptr<OIIO::ImageInput> openInput(const std::string& path)
+{
+    std::error_code error;
+    if (!fs::exists(path, error))
+        throw Failure("cannot read " + path + ": no such file");
+    // Colour as the file stores it, never multiplied by alpha on the way in.
+    OIIO::ImageSpec config;
+    config.attribute("oiio:UnassociatedAlpha", 1);
+    auto in = OIIO::ImageInput::open(path, &config);
+    if (!in) {
+        const std::string reason = OIIO::geterror();
+        throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
+    }
+    const int channels = in->spec().nchannels;
+    if (channels < 1 || channels > 4)
+        throw Failure("cannot use " + path + ": it has " + std::to_string(channels) +
+                      " channels; grey, grey + alpha, RGB and RGBA (1 to 4) are supported");
+    return in;
+}
+
+}  // namespace
+
+ImageHeader readImageHeader(const std::string& path)
+{
+    auto in = openInput(path);
+    const OIIO::ImageSpec& spec = in->spec();
+    return ImageHeader{spec.width, spec.height, spec.nchannels, depthOf(spec.format)};
+}
+
+ImageFrame readImage(const std::string& path)
+{
+    auto in = openInput(path);
+    const OIIO::ImageSpec& spec = in->spec();
+    ImageFrame frame;
+    frame.width = spec.width;
+    frame.height = spec.height;
+    frame.channels = spec.nchannels;
+    frame.depth = depthOf(spec.format);
+    const size_t pixels = static_cast<size_t>(spec.width) * spec.height;
+    std::vector<float> file(pixels * spec.nchannels);
+    if (!in->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, file.data()))
+        throw Failure("cannot read " + path + ": " + in->geterror());
+    frame.rgba.resize(pixels * 4);
+    const int n = spec.nchannels;
+    for (size_t i = 0; i < pixels; ++i) {
+        const float* s = &file[i * n];
+        float* d = &frame.rgba[i * 4];
+        const bool grey = n <= 2;
+        d[0] = s[0];
+        d[1] = grey ? s[0] : s[1];
+        d[2] = grey ? s[0] : s[2];
+        d[3] = n == 2 ? s[1] : n == 4 ? s[3] : 1.0f;
+    }
+    return frame;
+}
+
+void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels)
+{
+    const int written = channels == 2 || channels == 4 ? 4 : 3;
+    auto out = OIIO::ImageOutput::create(path);
+    if (!out)
+        throw Failure("cannot write " + path + ": no image format for its name");
+    OIIO::ImageSpec spec(frame.width, frame.height, written, typeOf(depth));
+    if (written == 4) {
+        spec.alpha_channel = 3;
+        spec.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
+    }
+    const fs::path target(path);
+    const fs::path temporary = temporaryBeside(target);
+    bool ok = out->open(temporary.string(), spec);
+    ok = ok && out->write_image(OIIO::TypeDesc::FLOAT, frame.rgba.data(), 4 * sizeof(float));
+    ok = out->close() && ok;
+    if (!ok) {
+        const std::string reason = out->geterror();
+        std::error_code error;
+        fs::remove(temporary, error);
+        throw Failure("cannot write " + path + ": " + (reason.empty() ? "the writer failed" : reason));
+    }
+    commit(temporary, target);
+}
+
+void writeTextFile(const std::string& path, const std::string& text)
+{
+    const fs::path target(path);
+    const fs::path temporary = temporaryBeside(target);
+    {
+        std::ofstream file(temporary, std::ios::binary);
+        file << text;
+        file.close();
+        if (!file) {
+            std::error_code error;
+            fs::remove(temporary, error);
+            throw Failure("cannot write " + path);
+        }
+    }
+    commit(temporary, target);
+}
+
+std::string readTextFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw Failure("cannot read " + path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+const char* depthName(SampleDepth depth)
+{
+    switch (depth) {
+    case SampleDepth::U8:
+        return "8";
+    case SampleDepth::U16:
+        return "16";
+    case SampleDepth::Half:
+        return "half";
+    default:
+        return "float";
+    }
+}

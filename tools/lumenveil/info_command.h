@@ -1,0 +1,9 @@
+// `lumenveil info`: the effect's name, class, inputs and parameters, read
+// from the module; `lumenveil formats`: the host pixel formats and the image
+// file formats available.
+#pragma once
+
+#include "tools/lumenveil/effect_module.h"
+
+void printEffectInfo(const EffectModule& module);
+void printFormats();

@@ -1,0 +1,117 @@
+// lumenveil: the command-line host of the Lumenveil effect module.
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/demo_command.h"
+#include "tools/lumenveil/effect_instance.h"
+#include "tools/lumenveil/effect_module.h"
+#include "tools/lumenveil/info_command.h"
+#include "tools/lumenveil/module_locator.h"
+#include "tools/lumenveil/parameter_options.h"
+#include "tools/lumenveil/render_command.h"
+
+namespace {
+
+// --module is read before the options are built, since the parameter
+// options come from the module.
+std::string modulePathFromArguments(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--module") == 0 && i + 1 < argc)
+            return argv[i + 1];
+        if (std::strncmp(argv[i], "--module=", 9) == 0)
+            return argv[i] + 9;
+    }
+    return "";
+}
+
+int report(const char* message, int code)
+{
+    std::fprintf(stderr, "lumenveil: %s\n", message);
+    return code;
+}
+
+}  // namespace
+
+// The module stays loaded until the process ends: unloading it while the
+// transform library's worker threads are still winding down crashes them.
+EffectModule* g_loadedModule = nullptr;
+
+int main(int argc, char** argv)
+{
+    std::string modulePath = modulePathFromArguments(argc, argv);
+    EffectModule* module = nullptr;
+    std::string moduleError;
+    std::vector<Parameter> parameters;
+    try {
+        g_loadedModule = new EffectModule(locateModule(modulePath));
+        module = g_loadedModule;
+        parameters = EffectInstance(module->CreateEffect()).Parameters();
+    } catch (const Failure& failure) {
+        moduleError = failure.what();
+    }
+
+    CLI::App app{"lumenveil: lens defocus for image files and sequences, through the Lumenveil effect module"};
+    app.set_version_flag("--version", std::string("lumenveil ") + LUMENVEIL_VERSION);
+    app.add_option("--module", modulePath,
+                   "Path of the effect module (libLumenveilVZ.so); default $LUMENVEIL_MODULE, then beside the program");
+    app.require_subcommand(1);
+
+    RenderRequest request;
+    CLI::App* render = app.add_subcommand("render", "Defocus an image file or a numbered sequence");
+    addRenderOptions(*render, request);
+    ParameterOptions parameterOptions(*render, parameters);
+    render->footer("Values outside a parameter's page range are refused. `lumenveil info` lists the parameters.");
+
+    std::string demoDirectory = "lumenveil-demo";
+    CLI::App* demo = app.add_subcommand("demo", "Render a built-in night scene with a few apertures");
+    demo->add_option("--out", demoDirectory, "Directory for the pictures")->capture_default_str();
+    CLI::App* info = app.add_subcommand("info", "The effect's name, class, inputs and parameters");
+    CLI::App* formats = app.add_subcommand("formats", "The host pixel formats and the image file formats");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        std::fprintf(stderr, "lumenveil: %s\nRun 'lumenveil %s--help' for the options.\n", e.what(),
+                     render->parsed() ? "render " : "");
+        return kExitUsage;
+    }
+
+    try {
+        if (formats->parsed()) {
+            printFormats();
+            return 0;
+        }
+        if (!module)
+            throw Failure(moduleError);
+        if (render->parsed())
+            runRender(*module, request, parameterOptions);
+        else if (demo->parsed())
+            runDemo(*module, demoDirectory);
+        else if (info->parsed())
+            printEffectInfo(*module);
+    } catch (const UsageError& e) {
+        return report(e.what(), kExitUsage);
+    } catch (const Interrupted& e) {
+        return report(e.what(), kExitInterrupted);
+    } catch (const Failure& e) {
+        return report(e.what(), kExitFailure);
+    } catch (const CLI::ParseError& e) {
+        return report(e.what(), kExitUsage);
+    } catch (const std::exception& e) {
+        return report(e.what(), kExitFailure);
+    }
+    return 0;
+}

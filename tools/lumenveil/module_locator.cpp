@@ -1,0 +1,41 @@
+#include "tools/lumenveil/module_locator.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+constexpr const char* kModuleFile = "libLumenveilVZ.so";
+
+std::filesystem::path programDirectory()
+{
+    std::error_code error;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::filesystem::path() : self.parent_path();
+}
+
+}  // namespace
+
+std::string locateModule(const std::string& explicitPath)
+{
+    if (!explicitPath.empty())
+        return explicitPath;
+    if (const char* fromEnvironment = std::getenv("LUMENVEIL_MODULE"); fromEnvironment && *fromEnvironment)
+        return fromEnvironment;
+    std::vector<std::filesystem::path> candidates;
+    const std::filesystem::path here = programDirectory();
+    if (!here.empty()) {
+        candidates.push_back(here / kModuleFile);
+        candidates.push_back(here / ".." / "lib" / kModuleFile);
+    }
+#ifdef LUMENVEIL_BUILD_MODULE_PATH
+    candidates.push_back(LUMENVEIL_BUILD_MODULE_PATH);
+#endif
+    std::error_code error;
+    for (const std::filesystem::path& candidate : candidates)
+        if (std::filesystem::is_regular_file(candidate, error))
+            return candidate.string();
+    return candidates.empty() ? std::string(kModuleFile) : candidates.back().string();
+}

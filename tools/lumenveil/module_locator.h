@@ -1,0 +1,9 @@
+// Where the effect module file is found.
+#pragma once
+
+#include <string>
+
+// The module path: `explicitPath` when not empty, else $LUMENVEIL_MODULE, else
+// libLumenveilVZ.so beside the program, in ../lib from it, and last the path
+// the build tree put it at. Gives the first that exists (or the last tried).
+std::string locateModule(const std::string& explicitPath);

@@ -1,0 +1,66 @@
+#include "tools/lumenveil/overlay_picture.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "tools/lumenveil/cli_error.h"
+
+OverlayPainter::OverlayPainter(const EffectModule& module, EffectInstance& effect)
+{
+    HRESULT status = S_OK;
+    object = module.CreateObject(kToolClassId, &status);
+    if (object)
+        status = object->QueryInterface(IID_IDSInteractiveTool, reinterpret_cast<void**>(&tool));
+    if (!tool) {
+        char code[16];
+        std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
+        throw Failure("--overlay: the effect module has no interactive tool to draw the overlay (class " +
+                      FormatGuid(kToolClassId) + " not available, " + code + ")");
+    }
+    linkedOperator = std::make_unique<PropertiesOperator>(effect.Object());
+    tool->OnLinkToOperator(linkedOperator.get());
+    tool->OnLinkToViewer(&viewer);
+}
+
+OverlayPainter::~OverlayPainter()
+{
+    if (tool) {
+        tool->OnLinkToViewer(nullptr);
+        tool->OnLinkToOperator(nullptr);
+        object->Release();  // the reference the interface query added
+    }
+}
+
+RgbaImage OverlayPainter::Draw(int width, int height, double pixelAspect, double time)
+{
+    VWSurface surface;
+    surface.geometry.width = width;
+    surface.geometry.height = height;
+    surface.geometry.viewLeft = 0.0;
+    surface.geometry.viewBottom = 0.0;
+    surface.geometry.viewWidth = width;
+    surface.geometry.viewHeight = height;
+    surface.geometry.imageWidth = width;
+    surface.geometry.imageHeight = height;
+    surface.geometry.pixelAspect = pixelAspect;
+    surface.available = true;
+    linkedOperator->SetCurrentTime(time);
+    tool->OnOnTimeChange(time);
+    tool->OnRender(&surface);
+    return surface.drawing.Rasterise(RowOrder::TOP_DOWN);
+}
+
+void compositeOverlay(ImageFrame& frame, const RgbaImage& overlay)
+{
+    const int w = std::min(frame.width, overlay.Width());
+    const int h = std::min(frame.height, overlay.Height());
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            const uint8_t* o = overlay.Pixel(x, y);
+            const float a = o[3] / 255.0f;
+            float* p = frame.Pixel(x, y);
+            for (int c = 0; c < 3; ++c)
+                p[c] = o[c] / 255.0f * a + p[c] * (1.0f - a);
+            p[3] = a + p[3] * (1.0f - a);
+        }
+}

@@ -1,0 +1,286 @@
+#include "tools/lumenveil/render_command.h"
+
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <future>
+#include <optional>
+
+#include "hostsdk/IDSCoordMan.h"
+#include "hostsdk/IDSImageEffectHost.h"
+#include "hostsdk/content.h"
+#include "tools/lumenveil/channel_selection.h"
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/engine_choice.h"
+#include "tools/lumenveil/frame_pattern.h"
+#include "tools/lumenveil/host_format_choice.h"
+#include "tools/lumenveil/host_frame.h"
+#include "tools/lumenveil/image_file.h"
+#include "tools/lumenveil/interrupt.h"
+#include "tools/lumenveil/keyframe_option.h"
+#include "tools/lumenveil/overlay_picture.h"
+#include "tools/lumenveil/progress_meter.h"
+#include "tools/lumenveil/settings_directory.h"
+#include "tools/lumenveil/transform_limit.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The checked form of a request.
+struct RenderPlan {
+    bool sequence = false;
+    FrameRange range;
+    std::array<int32_t, 4> selectors{};
+    uint32_t fieldMask = 0;
+    std::optional<SampleDepth> depth;
+};
+
+uint32_t fieldMaskOf(const std::string& fields)
+{
+    // The effect's mask: bit value 1 keeps the even rows, 2 the odd ones.
+    if (fields == "even")
+        return 1;
+    if (fields == "odd")
+        return 2;
+    return 0;
+}
+
+RenderPlan checkRequest(const RenderRequest& r)
+{
+    RenderPlan plan;
+    if (r.input.empty())
+        throw UsageError("render needs an INPUT file (or only --save-preset)");
+    if (r.output.empty())
+        throw UsageError("render needs an output file: -o OUTPUT");
+    plan.sequence = hasFramePattern(r.input);
+    const char* patternHelp = " (a frame number pattern: %04d or ####)";
+    if (plan.sequence) {
+        if (!hasFramePattern(r.output))
+            throw UsageError(std::string("INPUT is a sequence: OUTPUT needs a frame number pattern too") + patternHelp);
+        if (!r.overlay.empty() && !hasFramePattern(r.overlay))
+            throw UsageError(std::string("INPUT is a sequence: --overlay needs a frame number pattern too") + patternHelp);
+        if (r.frames.empty())
+            throw UsageError("INPUT is a sequence: give its frames with --frames A-B");
+        plan.range = parseFrameRange(r.frames);
+    } else {
+        if (hasFramePattern(r.output) || hasFramePattern(r.overlay) || hasFramePattern(r.spread))
+            throw UsageError(std::string("only a sequence INPUT goes with output patterns") + patternHelp);
+        if (!r.frames.empty())
+            throw UsageError(std::string("--frames needs a sequence INPUT") + patternHelp);
+    }
+    if (!(r.rate > 0.0) || !std::isfinite(r.rate))
+        throw UsageError("--rate must be above 0");
+    if (!(r.pixelAspect > 0.0) || !std::isfinite(r.pixelAspect))
+        throw UsageError("--pixel-aspect must be above 0");
+    plan.selectors = channelSelectors(r.keep, r.matte);
+    plan.fieldMask = fieldMaskOf(r.fields);
+    if (r.depth == "8")
+        plan.depth = SampleDepth::U8;
+    else if (r.depth == "16")
+        plan.depth = SampleDepth::U16;
+    else if (r.depth == "float")
+        plan.depth = SampleDepth::Float;
+    if (!r.hostFormat.empty())
+        chooseHostFormat(r.hostFormat, SampleDepth::U8);
+    return plan;
+}
+
+// Failure unless the directory of `path` exists and can be written to.
+void checkWritable(const std::string& path)
+{
+    fs::path directory = fs::path(path).parent_path();
+    if (directory.empty())
+        directory = ".";
+    std::error_code error;
+    if (!fs::is_directory(directory, error))
+        throw Failure("cannot write " + path + ": no directory " + directory.string());
+    if (access(directory.c_str(), W_OK) != 0)
+        throw Failure("cannot write " + path + ": " + directory.string() + " is not writable");
+}
+
+void checkExists(const std::string& path)
+{
+    std::error_code error;
+    if (!fs::exists(path, error))
+        throw Failure("cannot read " + path + ": no such file");
+}
+
+std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_string(h); }
+
+// One frame read and handed over to the host's buffers.
+struct LoadedFrame {
+    ImageFrame frame;
+    ComRef<MemoryImage> input;
+    ComRef<MemoryImage> output;
+    ComRef<MemoryImage> spread;
+};
+
+// A frame of host images for `frame`: the output starts as a copy of the
+// input, so that rows the effect does not write (other field) keep it.
+LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t rows)
+{
+    LoadedFrame loaded;
+    loaded.input = makeHostImage(frame, format, rows);
+    loaded.output = ComRef<MemoryImage>(MemoryImage::Create(*format.guid, frame.width, rows));
+    if (!loaded.output)
+        throw Failure("no memory for a " + sizeText(frame.width, rows) + " frame");
+    std::memcpy(loaded.output->Data(), loaded.input->Data(), loaded.input->Bytes());
+    loaded.frame = std::move(frame);
+    return loaded;
+}
+
+ImageFrame readSpread(const std::string& path, const ImageFrame& input, const std::string& inputPath)
+{
+    ImageFrame spread = readImage(path);
+    if (spread.width != input.width || spread.height != input.height)
+        throw Failure("the Spread image " + path + " is " + sizeText(spread.width, spread.height) + " but " +
+                      inputPath + " is " + sizeText(input.width, input.height) + ": they must be the same size");
+    return spread;
+}
+
+}  // namespace
+
+void runRender(const EffectModule& module, const RenderRequest& r, const ParameterOptions& parameters)
+{
+    const bool presetOnly = r.input.empty() && r.output.empty() && !r.savePreset.empty();
+    RenderPlan plan;
+    if (!presetOnly)
+        plan = checkRequest(r);
+    selectEngine(r.engine);
+    prepareSettingsDirectory();
+
+    EffectInstance effect(module.CreateEffect());
+    std::unique_ptr<OverlayPainter> overlay;
+    if (!r.overlay.empty())
+        overlay = std::make_unique<OverlayPainter>(module, effect);
+    if (!r.preset.empty())
+        effect.LoadPreset(readTextFile(r.preset), r.preset);
+    parameters.Apply(effect);
+    for (const std::string& text : r.keys) {
+        const KeyOption key = parseKeyOption(effect.Parameters(), text);
+        effect.SetKey(*key.parameter, key.frame / r.rate, key.value);
+    }
+    if (!r.savePreset.empty())
+        checkWritable(r.savePreset);
+    if (presetOnly) {
+        writeTextFile(r.savePreset, effect.SavePreset());
+        return;
+    }
+
+    // Everything that can be known before the first frame is checked first,
+    // so that a bad run writes nothing.
+    const FrameRange range = plan.range;
+    auto inputPath = [&](long f) { return framePath(r.input, f); };
+    for (long f = range.first; f <= range.last; ++f) {
+        checkExists(inputPath(f));
+        if (!r.spread.empty())
+            checkExists(framePath(r.spread, f));
+    }
+    const ImageHeader header = readImageHeader(inputPath(range.first));
+    const HostFormatGeometry& format = *chooseHostFormat(r.hostFormat, header.depth);
+    const int32_t rows = hostFrameRows(header.height, !r.exactHostFrame);
+    for (long f = range.first; f <= range.last; ++f) {
+        const std::string problem = transformLimitProblem(effect, header.width, rows, f / r.rate);
+        if (!problem.empty())
+            throw Failure("cannot render " + inputPath(f) + ": " + problem);
+    }
+    checkWritable(framePath(r.output, range.first));
+    if (!r.overlay.empty())
+        checkWritable(framePath(r.overlay, range.first));
+    if (!r.savePreset.empty())
+        writeTextFile(r.savePreset, effect.SavePreset());
+
+    ImageEffectHost host;
+    CoordMan coordinates(r.pixelAspect);
+    // The project frame is the frame itself, so the effect's scale is 1.
+    DSContentSetProperty(kProjectFrameWidth, header.width);
+    DSContentSetProperty(kProjectFrameHeight, header.height);
+    IDSImageEffect* fx = effect.Effect();
+    fx->SetEffectHost(&host);
+    fx->SetCoordMan(&coordinates);
+    fx->SetSampleRate(r.rate);
+    fx->SetTimespan(range.Count() / r.rate);
+    fx->SetChannelMask(plan.selectors.data());
+    fx->SetFieldMask(plan.fieldMask);
+
+    // A still Spread is read once; a sequence of them with each frame.
+    const bool spreadPerFrame = !r.spread.empty() && plan.sequence && hasFramePattern(r.spread);
+    std::optional<ComRef<MemoryImage>> stillSpread;
+
+    auto load = [&](long f) {
+        ImageFrame frame = readImage(inputPath(f));
+        if (frame.width != header.width || frame.height != header.height)
+            throw Failure(inputPath(f) + " is " + sizeText(frame.width, frame.height) + ", frame " +
+                          std::to_string(range.first) + " was " + sizeText(header.width, header.height));
+        LoadedFrame loaded = handOver(std::move(frame), format, rows);
+        if (spreadPerFrame)
+            loaded.spread = makeHostImage(readSpread(framePath(r.spread, f), loaded.frame, inputPath(f)), format, rows);
+        return loaded;
+    };
+    struct InterruptGuard {
+        explicit InterruptGuard(ImageEffectHost* host) { watchInterrupts(host); }
+        ~InterruptGuard() { releaseInterrupts(); }
+    } guard(&host);
+
+    ProgressMeter progress(range.Count(), r.quiet);
+    std::future<LoadedFrame> next = std::async(std::launch::async, load, range.first);
+    std::future<void> writing;
+    long written = 0;
+    auto interrupted = [&]() {
+        if (writing.valid())
+            writing.get();
+        progress.Finish();
+        const std::string done = written == 0 ? "no frame was written"
+                                              : "frames " + std::to_string(range.first) + " to " +
+                                                    std::to_string(range.first + written - 1) + " were written";
+        return Interrupted("interrupted: " + done + ", and no partial one");
+    };
+    for (long f = range.first; f <= range.last; ++f) {
+        LoadedFrame current = next.get();
+        if (f < range.last)
+            next = std::async(std::launch::async, load, f + 1);
+        if (!r.spread.empty() && !spreadPerFrame && !stillSpread)
+            stillSpread = makeHostImage(readSpread(r.spread, current.frame, inputPath(f)), format, rows);
+        IDSImage* spread = spreadPerFrame ? current.spread.get() : stillSpread ? stillSpread->get() : nullptr;
+        host.SetInput(1, spread);
+        fx->SetInput(current.input.get());
+        fx->SetOutput(current.output.get());
+        if (interruptRequested())
+            throw interrupted();
+        const double time = f / r.rate;
+        const HRESULT status = fx->Execute(time);
+        if (interruptRequested())
+            throw interrupted();
+        if (FAILED(status)) {
+            char code[16];
+            std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
+            throw Failure("the effect failed on " + inputPath(f) + " (" + code + ")");
+        }
+        ImageFrame result = std::move(current.frame);
+        readHostImage(current.output.get(), format, rows, result);
+        RgbaImage overlayLayer;
+        if (overlay)
+            overlayLayer = overlay->Draw(result.width, result.height, r.pixelAspect, time);
+        if (writing.valid())
+            writing.get();
+        ++written;
+        const SampleDepth depth = plan.depth.value_or(result.depth);
+        writing = std::async(std::launch::async, [&r, f, depth, hasOverlay = bool(overlay),
+                                                  result = std::move(result), layer = std::move(overlayLayer)]() mutable {
+            writeImage(framePath(r.output, f), result, depth, result.channels);
+            if (hasOverlay) {
+                compositeOverlay(result, layer);
+                writeImage(framePath(r.overlay, f), result, depth, result.channels);
+            }
+        });
+        progress.FrameDone(f, written);
+    }
+    if (writing.valid())
+        writing.get();
+    progress.Finish();
+    host.SetInput(1, nullptr);
+}

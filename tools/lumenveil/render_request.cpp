@@ -1,0 +1,55 @@
+#include "tools/lumenveil/render_request.h"
+
+#include "tools/lumenveil/engine_choice.h"
+
+void addRenderOptions(CLI::App& command, RenderRequest& r)
+{
+    command.add_option("INPUT", r.input,
+                       "Input image file, or a numbered sequence with %04d or #### in its name (with --frames)");
+    command.add_option("-o,--output", r.output, "Output image file or sequence pattern; its format comes from its name");
+    command.add_option("--frames", r.frames,
+                       "Frame range A-B of a sequence. A sub-range starts with a fresh effect: its kernel cache "
+                       "starts empty, so with keys that drift by less than 0.01 a frame a split run can rebuild a "
+                       "kernel that one long run keeps (and its pixels can differ slightly)");
+    command.add_option("--rate", r.rate, "Frames per second; a key at frame F lies at F / rate seconds")
+        ->capture_default_str();
+    command.add_option("--key", r.keys,
+                       "A key NAME=FRAME:VALUE of an animatable parameter (repeatable), e.g. radius-x=10:0.2; "
+                       "values between keys are interpolated")
+        ->type_name("NAME=FRAME:VALUE");
+    command.add_option("--spread", r.spread,
+                       "Second input (Spread): the picture the Image shape cuts its aperture from; same size as "
+                       "INPUT. Without it the aperture is cut from INPUT");
+    command.add_option("--preset", r.preset, "Load the effect's state (values and keys) from a JSON preset first");
+    command.add_option("--save-preset", r.savePreset,
+                       "Save the effect's state, after the options and keys, as a JSON preset (INPUT may be left out)");
+    command.add_option("--pixel-aspect", r.pixelAspect, "Pixel aspect ratio of the frames (width / height of a pixel)")
+        ->capture_default_str();
+    command.add_option("--fields", r.fields,
+                       "Interlaced fields to process: even (rows 0, 2, 4, ... from the top), odd (rows 1, 3, ...) "
+                       "or both; rows of the other field stay as in INPUT")
+        ->check(CLI::IsMember({"odd", "even", "both"}))
+        ->capture_default_str();
+    command.add_option("--keep", r.keep, "Channels taken unchanged from INPUT, e.g. a or r,g,b")->type_name("r,g,b,a");
+    command.add_flag("--matte", r.matte, "Use INPUT's alpha as the matte: the effect shows where alpha is full");
+    command.add_option("--host-format", r.hostFormat,
+                       "Host pixel format the frames are handed to the effect in (default MFIF_RGBA_RAW_32 for "
+                       "8-bit files, MFIF_RGBA_FLOAT otherwise); see `lumenveil formats`")
+        ->type_name("NAME");
+    command.add_option("--depth", r.depth, "Output bit depth: 8, 16 or float (default: the input's)")
+        ->check(CLI::IsMember({"8", "16", "float"}));
+    command.add_flag("--exact-host-frame", r.exactHostFrame,
+                     "Hand the frame to the effect as it is. By default the tool pads it to a multiple of four "
+                     "rows by repeating its last row and crops the result, since the effect leaves the last "
+                     "height mod 4 rows unconvolved (a band of wrong colour at the bottom)");
+    command.add_option("--overlay", r.overlay,
+                       "Also write the frame with the viewer overlay drawn over it by the effect's interactive "
+                       "tool (for the Image shape)");
+    std::string engines;
+    for (const EngineChoice& choice : engineChoices())
+        engines += std::string("; ") + choice.name + ": " + choice.help;
+    command.add_option("--engine", r.engine, "Transform back end" + engines)
+        ->check(CLI::IsMember(engineNames()))
+        ->capture_default_str();
+    command.add_flag("-q,--quiet", r.quiet, "No progress line on stderr");
+}

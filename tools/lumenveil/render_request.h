@@ -1,0 +1,33 @@
+// What `lumenveil render` is asked to do: its files and host settings, as
+// the command line gives them, and the options that fill them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+struct RenderRequest {
+    std::string input;
+    std::string output;
+    std::string spread;
+    std::string frames;
+    std::string preset;
+    std::string savePreset;
+    std::string overlay;
+    std::string hostFormat;
+    std::string depth;
+    std::string keep;
+    std::string fields = "both";
+    std::string engine = "faithful";
+    std::vector<std::string> keys;
+    double rate = 25.0;
+    double pixelAspect = 1.0;
+    bool matte = false;
+    bool exactHostFrame = false;
+    bool quiet = false;
+};
+
+// Adds the render command's own options (not the parameters) to `command`,
+// bound to `request`.
+void addRenderOptions(CLI::App& command, RenderRequest& request);
