@@ -7,11 +7,6 @@
 
 namespace {
 
-// What --overlay says while the module has no interactive tool. When the tool
-// lands, this expectation turns into a test that the overlay file is written.
-constexpr int kOverlayExit = 1;
-constexpr const char* kOverlayMessage = "has no interactive tool";
-
 class Errors : public ToolTest {
 protected:
     void SetUp() override
@@ -83,9 +78,6 @@ TEST_F(Errors, FailuresExitOne)
     expectRefused({"render", "in.png", "-o", "no/such/dir/out.png"}, 1, "cannot write no/such/dir/out.png");
     expectRefused({"render", "in.png", "-o", "keep.png", "--preset", "bad.json"}, 1, "preset bad.json refused");
     expectRefused({"render", "in.png", "-o", "keep.png", "--preset", "none.json"}, 1, "cannot read none.json");
-    expectRefused({"render", "in.png", "-o", "keep.png", "--overlay", "over.png"}, kOverlayExit, kOverlayMessage);
-    expectRefused({"render", "in.png", "-o", "keep.png", "--overlay", "over.png", "--save-preset", "p.json"},
-                  kOverlayExit, kOverlayMessage);
     expectRefused({"--module", "no-module.so", "info"}, 1, "cannot load the effect module");
 }
 

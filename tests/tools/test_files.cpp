@@ -1,5 +1,6 @@
 // Files of each depth and kind, alpha and grey, whole frames, and the channel
 // and field selections of the host.
+#include <algorithm>
 #include <cmath>
 
 #include "tool_fixture.h"
@@ -155,6 +156,35 @@ TEST_F(Files, KeepMatteFieldsAndHostFormatsSelectWhatTheEffectTouches)
         const Picture p = read("fmt.png");
         for (size_t i = 0; i < p.data.size(); ++i)
             ASSERT_NEAR(p.data[i], all.data[i], 2.5f / 255.0f) << format << " sample " << i;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(Files, FastEnginesAgreeWithTheFaithfulOneWithinTheirSteps)
+{
+    // 16-bit in and out: the fast double engine within 1 step of 65535, the
+    // single-precision one within 2 (plus the file's own rounding of 1 step).
+    write("in.png", scene(96, 64, 3), OIIO::TypeDesc::UINT16);
+    const char* engines[] = {"faithful", "fast", "fast-float"};
+    const float bound[] = {0.0f, 2.0f, 3.0f};
+    for (const char* engine : engines) {
+        const ToolRun r = run({"render", "in.png", "-o", std::string(engine) + ".png", "--engine", engine,
+                               "--radius-x", "0.1", "--bright-emphasis", "8"});
+        ASSERT_EQ(r.exitCode, 0) << engine << ": " << r.err;
+        EXPECT_EQ(r.err.find("WARN"), std::string::npos) << r.err;
+    }
+    const Picture faithful = read("faithful.png");
+    for (int e = 1; e < 3; ++e) {
+        const Picture other = read(std::string(engines[e]) + ".png");
+        float worst = 0.0f;
+        for (size_t i = 0; i < faithful.data.size(); ++i)
+            worst = std::max(worst, std::fabs(other.data[i] - faithful.data[i]) * 65535.0f);
+        EXPECT_LE(worst, bound[e]) << engines[e];
+        if (e == 2)
+            EXPECT_GT(worst, 0.0f) << "single precision cannot match to the last bit: the engine was not switched";
     }
 }
 

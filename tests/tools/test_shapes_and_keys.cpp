@@ -2,6 +2,8 @@
 // preset round trip. A dot's bokeh has the radius RadiusX x 0.5 x frame width.
 #include <cmath>
 
+#include <algorithm>
+
 #include "tool_fixture.h"
 
 namespace {
@@ -77,6 +79,30 @@ TEST_F(Shapes, ImageApertureIsCutFromTheSpreadPicture)
     // Without a Spread the aperture is cut from the input itself: the dot.
     const LitExtent self = bokeh({"--shape", "image", "--radius-psf1", "0.3", "--radius-psf2", "0.35"});
     EXPECT_LE(self.area, 4);
+}
+
+TEST_F(Shapes, OverlayDrawsTheCrosshairAtTheCutOutCentre)
+{
+    // Centre (0.5, 0.75) of 64 x 48: the crosshair's strokes run 10 to 25 px
+    // either side of (32, 36), lines one pixel wide on a pixel boundary, so
+    // half in each of the two pixels beside it; its handle is grey.
+    write("black.png", Picture(64, 48, 3), OIIO::TypeDesc::UINT8);
+    const ToolRun r = run({"render", "black.png", "-o", "out.png", "--shape", "image", "--centre", "0.5,0.75",
+                           "--overlay", "over.png"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const Picture over = read("over.png");
+    const int px = 32, py = 36;
+    for (int c = 0; c < 3; ++c) {
+        EXPECT_NEAR(over.at(px + 17, py - 1, c) + over.at(px + 17, py, c), 1.0f, 0.02f);
+        EXPECT_NEAR(over.at(px - 17, py - 1, c) + over.at(px - 17, py, c), 1.0f, 0.02f);
+        EXPECT_NEAR(over.at(px - 1, py - 17, c) + over.at(px, py - 17, c), 1.0f, 0.02f);
+        EXPECT_NEAR(over.at(px, py, c), 0.5f, 0.02f);
+        EXPECT_EQ(over.at(px + 17, 48 - 1 - py, c), 0.0f);  // not mirrored
+    }
+    // Another shape draws nothing over the frame.
+    ASSERT_EQ(run({"render", "black.png", "-o", "out.png", "--overlay", "plain.png"}).exitCode, 0);
+    const Picture plain = read("plain.png");
+    EXPECT_EQ(*std::max_element(plain.data.begin(), plain.data.end()), 0.0f);
 }
 
 TEST_F(Shapes, KeyedRadiusGrowsFrameByFrame)

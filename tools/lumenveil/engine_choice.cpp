@@ -16,6 +16,12 @@ const std::vector<EngineChoice>& engineChoices()
     static const std::vector<EngineChoice> choices = {
         {"faithful", nullptr,
          "square power-of-two double-precision transform, the effect's reference output; the slowest"},
+        {"fast", "fast",
+         "smallest sizes of factors 2, 3, 5, 7, chosen per axis, in double precision: 2 to 10 times faster and "
+         "far less memory; within one step of 16 bits of faithful"},
+        {"fast-float", "fast-float",
+         "as fast, in single precision: faster again and half the memory; within two steps of 16 bits of "
+         "faithful"},
     };
     return choices;
 }

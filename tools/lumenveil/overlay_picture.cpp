@@ -47,7 +47,9 @@ RgbaImage OverlayPainter::Draw(int width, int height, double pixelAspect, double
     linkedOperator->SetCurrentTime(time);
     tool->OnOnTimeChange(time);
     tool->OnRender(&surface);
-    return surface.drawing.Rasterise(RowOrder::TOP_DOWN);
+    // The viewer's y runs down the image as the effect's rows do (CentreY 0 is
+    // the top row), so the drawing's first row is the picture's top row.
+    return surface.drawing.Rasterise(RowOrder::BOTTOM_UP);
 }
 
 void compositeOverlay(ImageFrame& frame, const RgbaImage& overlay)
