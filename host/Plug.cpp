@@ -213,6 +213,33 @@ HRESULT Plug::Init()
     return defaults;
 }
 
+HRESULT Plug::QueryInterface(const GUID& iid, void** out)
+{
+    if (out && IsEqualGUID(iid, IID_IDSPointSpread)) {
+        AddRef();
+        *out = static_cast<IDSPointSpread*>(this);
+        return S_OK;
+    }
+    return CDSImageEffect::QueryInterface(iid, out);
+}
+
+uint32_t Plug::AddRef() { return CDSImageEffect::AddRef(); }
+uint32_t Plug::Release() { return CDSImageEffect::Release(); }
+
+HRESULT Plug::GetPointSpreadImage(int32_t* width, int32_t* height, int32_t* rowBytes, const uint8_t** pixels)
+{
+    if (!width || !height || !rowBytes || !pixels)
+        return E_POINTER;
+    const ImageRec* psf = lumenveil && lumenveil->engine ? lumenveil->engine->psfImage : nullptr;
+    if (!psf || !psf->pixels)
+        return E_FAIL;
+    *width = psf->width;
+    *height = psf->height;
+    *rowBytes = static_cast<int32_t>(psf->rowBytes);
+    *pixels = static_cast<const uint8_t*>(psf->pixels);
+    return S_OK;
+}
+
 HRESULT Plug::GetName(wchar_t* buffer, int size) { return loadName(IDS_EFFECT_NAME, buffer, size); }
 HRESULT Plug::GetLongName(wchar_t* buffer, int size) { return loadName(IDS_EFFECT_LONG_NAME, buffer, size); }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "hostsdk/CDSImageEffect.h"
+#include "hostsdk/IDSPointSpread.h"
 
 class Lumenveil;
 class VZImage;
@@ -22,7 +23,7 @@ struct EffectBitmap {
     const uint8_t* pixels;  // B G R
 };
 
-class Plug : public CDSImageMIEffect {
+class Plug : public CDSImageMIEffect, public IDSPointSpread {
 public:
     // Complete on return: Init has run.
     Plug();
@@ -31,6 +32,13 @@ public:
     ~Plug() override;
 
     HRESULT Init() override;
+
+    // The base's interfaces and IID_IDSPointSpread, on one count.
+    HRESULT QueryInterface(const GUID& iid, void** out) override;
+    uint32_t AddRef() override;
+    uint32_t Release() override;
+    // The engine's point-spread image of the last frame.
+    HRESULT GetPointSpreadImage(int32_t* width, int32_t* height, int32_t* rowBytes, const uint8_t** pixels) override;
 
     HRESULT GetName(wchar_t* buffer, int size);
     HRESULT GetLongName(wchar_t* buffer, int size);

@@ -105,6 +105,22 @@ TEST_F(Shapes, OverlayDrawsTheCrosshairAtTheCutOutCentre)
     EXPECT_EQ(*std::max_element(plain.data.begin(), plain.data.end()), 0.0f);
 }
 
+TEST_F(Shapes, PointSpreadPictureIsTheApertureAtItsRadius)
+{
+    // RadiusX 0.2 of an 80-wide frame: a disc of radius 8 px around the middle
+    // of the picture, area pi x 64.
+    write("dot.png", dot(W, H, CX, CY), OIIO::TypeDesc::UINT8);
+    const ToolRun r = run({"render", "dot.png", "-o", "out.png", "--radius-x", "0.2", "--psf", "psf.png"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const Picture psf = read("psf.png");
+    ASSERT_EQ(psf.width, W);
+    ASSERT_EQ(psf.height, H);
+    const LitExtent disc = litExtent(psf, CX, CY, 0.5f);
+    EXPECT_NEAR(disc.across, 16, 1);
+    EXPECT_NEAR(disc.down, 16, 1);
+    EXPECT_NEAR(disc.area, 3.14159 * 64, 10);
+}
+
 TEST_F(Shapes, KeyedRadiusGrowsFrameByFrame)
 {
     for (int f = 0; f < 5; ++f)

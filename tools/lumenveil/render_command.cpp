@@ -11,6 +11,7 @@
 
 #include "hostsdk/IDSCoordMan.h"
 #include "hostsdk/IDSImageEffectHost.h"
+#include "hostsdk/IDSPointSpread.h"
 #include "hostsdk/content.h"
 #include "tools/lumenveil/channel_selection.h"
 #include "tools/lumenveil/cli_error.h"
@@ -27,6 +28,32 @@
 #include "tools/lumenveil/transform_limit.h"
 
 namespace {
+
+// The effect's point-spread image of the frame just rendered, as a grey picture.
+ImageFrame pointSpreadPicture(IDSImageEffect* fx)
+{
+    IDSPointSpread* spread = nullptr;
+    int32_t width = 0, height = 0, rowBytes = 0;
+    const uint8_t* pixels = nullptr;
+    const bool ok = SUCCEEDED(fx->QueryInterface(IID_IDSPointSpread, reinterpret_cast<void**>(&spread))) &&
+                    SUCCEEDED(spread->GetPointSpreadImage(&width, &height, &rowBytes, &pixels));
+    if (spread)
+        spread->Release();
+    if (!ok)
+        throw Failure("--psf: the effect has no point-spread picture to give");
+    ImageFrame picture;
+    picture.width = width;
+    picture.height = height;
+    picture.channels = 1;
+    picture.rgba.resize(static_cast<size_t>(width) * height * 4);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            float* p = picture.Pixel(x, y);
+            p[0] = p[1] = p[2] = pixels[static_cast<size_t>(y) * rowBytes + x] / 255.0f;
+            p[3] = 1.0f;
+        }
+    return picture;
+}
 
 namespace fs = std::filesystem;
 
@@ -63,11 +90,14 @@ RenderPlan checkRequest(const RenderRequest& r)
             throw UsageError(std::string("INPUT is a sequence: OUTPUT needs a frame number pattern too") + patternHelp);
         if (!r.overlay.empty() && !hasFramePattern(r.overlay))
             throw UsageError(std::string("INPUT is a sequence: --overlay needs a frame number pattern too") + patternHelp);
+        if (!r.psf.empty() && !hasFramePattern(r.psf))
+            throw UsageError(std::string("INPUT is a sequence: --psf needs a frame number pattern too") + patternHelp);
         if (r.frames.empty())
             throw UsageError("INPUT is a sequence: give its frames with --frames A-B");
         plan.range = parseFrameRange(r.frames);
     } else {
-        if (hasFramePattern(r.output) || hasFramePattern(r.overlay) || hasFramePattern(r.spread))
+        if (hasFramePattern(r.output) || hasFramePattern(r.overlay) || hasFramePattern(r.spread) ||
+            hasFramePattern(r.psf))
             throw UsageError(std::string("only a sequence INPUT goes with output patterns") + patternHelp);
         if (!r.frames.empty())
             throw UsageError(std::string("--frames needs a sequence INPUT") + patternHelp);
@@ -191,6 +221,8 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     checkWritable(framePath(r.output, range.first));
     if (!r.overlay.empty())
         checkWritable(framePath(r.overlay, range.first));
+    if (!r.psf.empty())
+        checkWritable(framePath(r.psf, range.first));
     if (!r.savePreset.empty())
         writeTextFile(r.savePreset, effect.SavePreset());
 
@@ -265,13 +297,19 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
         RgbaImage overlayLayer;
         if (overlay)
             overlayLayer = overlay->Draw(result.width, result.height, r.pixelAspect, time);
+        ImageFrame spreadPicture;
+        if (!r.psf.empty())
+            spreadPicture = pointSpreadPicture(fx);
         if (writing.valid())
             writing.get();
         ++written;
         const SampleDepth depth = plan.depth.value_or(result.depth);
-        writing = std::async(std::launch::async, [&r, f, depth, hasOverlay = bool(overlay),
-                                                  result = std::move(result), layer = std::move(overlayLayer)]() mutable {
+        writing = std::async(std::launch::async, [&r, f, depth, hasOverlay = bool(overlay), result = std::move(result),
+                                                  layer = std::move(overlayLayer),
+                                                  spreadPicture = std::move(spreadPicture)]() mutable {
             writeImage(framePath(r.output, f), result, depth, result.channels);
+            if (!r.psf.empty())
+                writeImage(framePath(r.psf, f), spreadPicture, SampleDepth::U8, 1);
             if (hasOverlay) {
                 compositeOverlay(result, layer);
                 writeImage(framePath(r.overlay, f), result, depth, result.channels);

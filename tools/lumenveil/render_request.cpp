@@ -45,6 +45,9 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
     command.add_option("--overlay", r.overlay,
                        "Also write the frame with the viewer overlay drawn over it by the effect's interactive "
                        "tool (for the Image shape)");
+    command.add_option("--psf", r.psf,
+                       "Also write the point-spread picture the effect used for the frame: the image of one point "
+                       "of light through the aperture, grey, of the frame's size (with its padded rows)");
     std::string engines;
     for (const EngineChoice& choice : engineChoices())
         engines += std::string("; ") + choice.name + ": " + choice.help;

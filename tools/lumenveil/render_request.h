@@ -15,6 +15,7 @@ struct RenderRequest {
     std::string preset;
     std::string savePreset;
     std::string overlay;
+    std::string psf;
     std::string hostFormat;
     std::string depth;
     std::string keep;
