@@ -170,8 +170,12 @@ HRESULT Plug::Execute(double time)
 
     VZImage* inputFrame = hostToVzImage(in.pixels, in.width, in.height, roiWidth, roiHeight, inputRoiX, inputRoiY,
                                         in.code, fieldFlags);
-    VZImage* spreadFrame = hostToVzImage(spread.pixels, spread.width, spread.height, roiWidth, roiHeight, inputRoiX,
-                                         inputRoiY, spread.code, fieldFlags);
+    // Only the Image shape reads the Spread frame: for the others it is not
+    // converted, and its slot stays empty.
+    const bool spreadUsed = GetValueDirect(KEY_SHAPE, shape, time) + 1 == SHAPE_IMAGE;
+    VZImage* spreadFrame = spreadUsed ? hostToVzImage(spread.pixels, spread.width, spread.height, roiWidth, roiHeight,
+                                                      inputRoiX, inputRoiY, spread.code, fieldFlags)
+                                      : nullptr;
     VZImage* outputFrame = new (std::nothrow) VZImage(roiWidth, roiHeight, 0, nullptr, 0u);
     // A frame that could not be made (an unknown input format, a region outside
     // a buffer, a Spread smaller than the region, no memory) ends the call with
@@ -180,7 +184,7 @@ HRESULT Plug::Execute(double time)
     HRESULT status = S_OK;
     if (!outputFrame || !outputFrame->pixels)
         status = E_OUTOFMEMORY;
-    else if (!inputFrame || !spreadFrame)
+    else if (!inputFrame || (spreadUsed && !spreadFrame))
         status = E_FAIL;
     if (FAILED(status)) {
         delete inputFrame;
@@ -193,7 +197,8 @@ HRESULT Plug::Execute(double time)
     // Nothing stale reaches the host when the render does not run.
     std::memset(outputFrame->pixels, 0, static_cast<size_t>(roiWidth) * roiHeight * 4 * sizeof(uint16_t));
     for (VZImage* frame : {inputFrame, spreadFrame, outputFrame})
-        setHostValues(frame, aspect, scale);
+        if (frame)
+            setHostValues(frame, aspect, scale);
     fillSlot(lumenveil->input, 0, *this, in, inputRoiX, inputRoiY, inputFrame);
     fillSlot(lumenveil->spread, 1, *this, spread, inputRoiX, inputRoiY, spreadFrame);
     fillSlot(lumenveil->output, 0, *this, out, outputRoiX, outputRoiY, outputFrame);

@@ -128,12 +128,18 @@ TEST_F(Execute, EveryKnownOutputFormatRendersAndTheLastIsRefused)
     std::memset(output->Data(), 7, output->Bytes());
     EXPECT_EQ(effect->Execute(0.0), E_FAIL);
     EXPECT_EQ(output->Data()[100], 7);
-    // A Spread smaller than the region, and a region outside the buffers: refused,
-    // output untouched.
+    // A Spread smaller than the region: refused for the Image shape, which reads
+    // it, output untouched; any other shape does not read it. A region outside
+    // the buffers: refused.
     effect->SetInput(input.p);
     Ref<MemoryImage> small(MemoryImage::Create(MFIF_RGBA_RAW_32, W / 2, H));
     host.SetInput(1, small.p);
+    set(effect.p, PROPID_Shape, 3);
     EXPECT_EQ(effect->Execute(0.0), E_FAIL);
+    EXPECT_EQ(output->Data()[100], 7);
+    set(effect.p, PROPID_Shape, 0);
+    EXPECT_EQ(effect->Execute(0.0), S_OK);
+    std::memset(output->Data(), 7, output->Bytes());
     host.SetInput(1, nullptr);
     effect->SetROI(0, 0, 8, 0, W, H);
     EXPECT_EQ(effect->Execute(0.0), E_INVALIDARG);
