@@ -117,6 +117,11 @@ HRESULT PPG_PageOne::QueryInterface(const GUID& iid, void** out)
     if (!out)
         return E_POINTER;
     *out = nullptr;
+    if (IsEqualGUID(iid, IID_IDSPropertyPage)) {
+        AddRef();
+        *out = static_cast<CDSPropertyPage*>(this);
+        return S_OK;
+    }
     if (!IsEqualGUID(iid, IID_IUnknown))
         return E_NOINTERFACE;
     AddRef();

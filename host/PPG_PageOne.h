@@ -30,7 +30,7 @@ public:
     uint32_t Release() override;
 
     // Opens the page on an effect with the page's own dialog.
-    HRESULT OpenOn(IUnknown* effect);
+    HRESULT OpenOn(IUnknown* effect) override;
 
     HRESULT Show(bool visible) override;
     // Opens the effect's help page; always 0.

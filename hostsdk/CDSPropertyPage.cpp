@@ -37,6 +37,8 @@ HRESULT CDSPropertyPage::Open(IUnknown* inspected, const DSDialogTemplate* descr
     return status;
 }
 
+HRESULT CDSPropertyPage::OpenOn(IUnknown*) { return E_NOTIMPL; }
+
 void CDSPropertyPage::Close()
 {
     SetOperator(nullptr);

@@ -28,6 +28,10 @@ struct CDSDouble {
 // The undo style pages write with.
 inline constexpr int UNDO_STYLE = 1;
 
+// A page object that is also a COM object answers this interface identifier
+// with its CDSPropertyPage part (one more reference on the object).
+inline constexpr GUID IID_IDSPropertyPage = {0x4c560206, 0x6d66, 0x4966, {0x8a, 0x26, 0x50, 0x41, 0x47, 0x45, 0x01, 0x06}};
+
 class CDSPropertyPage : public CDSBasePropertyPage {
 public:
     CDSPropertyPage(uint32_t dialogId, uint32_t titleId);
@@ -36,6 +40,8 @@ public:
     // Builds the widgets of `dialog`, inspects `object` (a counted reference is
     // held until Close), runs OnInitPage and fills the widgets (UpdateUI).
     HRESULT Open(IUnknown* object, const DSDialogTemplate* dialog);
+    // Opens the page on `object` with the page's own dialog; E_NOTIMPL here.
+    virtual HRESULT OpenOn(IUnknown* object);
     // Shows nothing any more and lets the object go.
     void Close();
 

@@ -12,6 +12,7 @@
 #include "tools/lumenveil/effect_instance.h"
 #include "tools/lumenveil/effect_module.h"
 #include "tools/lumenveil/info_command.h"
+#include "tools/lumenveil/page_command.h"
 #include "tools/lumenveil/module_locator.h"
 #include "tools/lumenveil/parameter_options.h"
 #include "tools/lumenveil/render_command.h"
@@ -73,6 +74,8 @@ int main(int argc, char** argv)
     CLI::App* demo = app.add_subcommand("demo", "Render a built-in night scene with a few apertures");
     demo->add_option("--out", demoDirectory, "Directory for the pictures")->capture_default_str();
     CLI::App* info = app.add_subcommand("info", "The effect's name, class, inputs and parameters");
+    CLI::App* page = app.add_subcommand("page", "The effect's property page as text, for the parameters given");
+    ParameterOptions pageParameters(*page, parameters);
     CLI::App* formats = app.add_subcommand("formats", "The host pixel formats and the image file formats");
 
     try {
@@ -102,6 +105,8 @@ int main(int argc, char** argv)
             runDemo(*module, demoDirectory);
         else if (info->parsed())
             printEffectInfo(*module);
+        else if (page->parsed())
+            printPage(*module, pageParameters);
     } catch (const UsageError& e) {
         return report(e.what(), kExitUsage);
     } catch (const Interrupted& e) {

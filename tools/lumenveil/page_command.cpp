@@ -1,0 +1,27 @@
+#include "tools/lumenveil/page_command.h"
+
+#include <cstdio>
+
+#include "hostsdk/CDSPropertyPage.h"
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/effect_instance.h"
+
+void printPage(const EffectModule& module, const ParameterOptions& parameters)
+{
+    EffectInstance effect(module.CreateEffect());
+    parameters.Apply(effect);
+    HRESULT status = S_OK;
+    ComRef<IUnknown> object = module.CreateObject(kPageClassId, &status);
+    CDSPropertyPage* page = nullptr;
+    if (object)
+        object->QueryInterface(IID_IDSPropertyPage, reinterpret_cast<void**>(&page));
+    if (!page)
+        throw Failure("the effect module has no property page to show");
+    status = page->OpenOn(effect.Object());
+    const std::string text = SUCCEEDED(status) ? page->DescribeState() : std::string();
+    page->Close();
+    object->Release();  // the reference the interface query added
+    if (FAILED(status))
+        throw Failure("the property page would not open on the effect");
+    std::fputs(text.c_str(), stdout);
+}

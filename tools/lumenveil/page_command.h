@@ -1,0 +1,8 @@
+// `lumenveil page`: the effect's property page as text, for the parameters
+// given: each control with its label, shown or hidden, value and range.
+#pragma once
+
+#include "tools/lumenveil/effect_module.h"
+#include "tools/lumenveil/parameter_options.h"
+
+void printPage(const EffectModule& module, const ParameterOptions& parameters);
