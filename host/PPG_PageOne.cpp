@@ -56,14 +56,6 @@ struct Range {
 const Range kRanges[] = {{20, 0.0, 0.3},   {24, 0.0, 0.3},   {28, 3.0, 20.0},   {32, -1000.0, 1000.0}, {36, 1.0, 100.0},
                          {48, 0.0, 1.0},   {49, 0.0, 1.0},   {56, 0.001, 1.0}, {60, 0.001, 1.0}};
 
-VARIANT real(double value)
-{
-    VARIANT v;
-    VariantInit(&v);
-    v.vt = VT_R8;
-    v.dblVal = value;
-    return v;
-}
 
 }  // namespace
 
@@ -166,7 +158,7 @@ HRESULT PPG_PageOne::OnInitPage()
     }
     // A missing number control is skipped.
     for (const Range& r : kRanges) {
-        const VARIANT low = real(r.low), high = real(r.high);
+        const VARIANT low = VariantReal(r.low), high = VariantReal(r.high);
         SetNumberControlRange(GetHwndControl(r.control), &low, &high);
     }
     if (lumenveil)

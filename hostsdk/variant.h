@@ -30,6 +30,16 @@ inline int32_t VariantClear(VARIANT* variant)
     return 0;
 }
 
+// A VT_R8 variant holding `number`.
+inline VARIANT VariantReal(double number)
+{
+    VARIANT v;
+    VariantInit(&v);
+    v.vt = VT_R8;
+    v.dblVal = number;
+    return v;
+}
+
 // A variant's number, whatever its type (0 for VT_EMPTY).
 double VariantNumber(const VARIANT& value);
 // Sets `value` to `number` in the type `value->vt` asks for (VT_R8 for VT_EMPTY);

@@ -87,8 +87,8 @@ void ToolTest::write(const std::string& name, const Picture& picture, OIIO::Type
 {
     auto out = OIIO::ImageOutput::create(path(name));
     ASSERT_TRUE(out) << name;
-    OIIO::ImageSpec spec(picture.width, picture.height, picture.channels, type);
-    ASSERT_TRUE(out->open(path(name), spec)) << out->geterror();
+    OIIO::ImageSpec layout(picture.width, picture.height, picture.channels, type);
+    ASSERT_TRUE(out->open(path(name), layout)) << out->geterror();
     ASSERT_TRUE(out->write_image(OIIO::TypeDesc::FLOAT, picture.data.data())) << out->geterror();
     out->close();
 }
@@ -100,10 +100,10 @@ Picture ToolTest::read(const std::string& name) const
     EXPECT_TRUE(in) << "cannot read " << name;
     if (!in)
         return p;
-    const OIIO::ImageSpec& spec = in->spec();
-    p = Picture(spec.width, spec.height, spec.nchannels);
-    p.format = spec.format;
-    EXPECT_TRUE(in->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, p.data.data()));
+    const OIIO::ImageSpec& layout = in->spec();
+    p = Picture(layout.width, layout.height, layout.nchannels);
+    p.format = layout.format;
+    EXPECT_TRUE(in->read_image(0, 0, 0, layout.nchannels, OIIO::TypeDesc::FLOAT, p.data.data()));
     return p;
 }
 

@@ -14,6 +14,10 @@
 
 namespace {
 
+// The layout (size, channels, sample type) of the file an input has open.
+const OIIO::ImageSpec& layoutOf(const OIIO::ImageInput& in) { return in.spec(); }
+
+
 namespace fs = std::filesystem;
 
 SampleDepth depthOf(const OIIO::TypeDesc& type)
@@ -84,7 +88,7 @@ std::unique_ptr<OIIO::ImageInput> openInput(const std::string& path)
         const std::string reason = OIIO::geterror();
         throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
     }
-    const int channels = in->spec().nchannels;
+    const int channels = layoutOf(*in).nchannels;
     if (channels < 1 || channels > 4)
         throw Failure("cannot use " + path + ": it has " + std::to_string(channels) +
                       " channels; grey, grey + alpha, RGB and RGBA (1 to 4) are supported");
@@ -96,25 +100,25 @@ std::unique_ptr<OIIO::ImageInput> openInput(const std::string& path)
 ImageHeader readImageHeader(const std::string& path)
 {
     auto in = openInput(path);
-    const OIIO::ImageSpec& spec = in->spec();
-    return ImageHeader{spec.width, spec.height, spec.nchannels, depthOf(spec.format)};
+    const OIIO::ImageSpec& layout = layoutOf(*in);
+    return ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format)};
 }
 
 ImageFrame readImage(const std::string& path)
 {
     auto in = openInput(path);
-    const OIIO::ImageSpec& spec = in->spec();
+    const OIIO::ImageSpec& layout = layoutOf(*in);
     ImageFrame frame;
-    frame.width = spec.width;
-    frame.height = spec.height;
-    frame.channels = spec.nchannels;
-    frame.depth = depthOf(spec.format);
-    const size_t pixels = static_cast<size_t>(spec.width) * spec.height;
-    std::vector<float> file(pixels * spec.nchannels);
-    if (!in->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, file.data()))
+    frame.width = layout.width;
+    frame.height = layout.height;
+    frame.channels = layout.nchannels;
+    frame.depth = depthOf(layout.format);
+    const size_t pixels = static_cast<size_t>(layout.width) * layout.height;
+    std::vector<float> file(pixels * layout.nchannels);
+    if (!in->read_image(0, 0, 0, layout.nchannels, OIIO::TypeDesc::FLOAT, file.data()))
         throw Failure("cannot read " + path + ": " + in->geterror());
     frame.rgba.resize(pixels * 4);
-    const int n = spec.nchannels;
+    const int n = layout.nchannels;
     for (size_t i = 0; i < pixels; ++i) {
         const float* s = &file[i * n];
         float* d = &frame.rgba[i * 4];
@@ -133,14 +137,14 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
     auto out = OIIO::ImageOutput::create(path);
     if (!out)
         throw Failure("cannot write " + path + ": no image format for its name");
-    OIIO::ImageSpec spec(frame.width, frame.height, written, typeOf(depth));
+    OIIO::ImageSpec layout(frame.width, frame.height, written, typeOf(depth));
     if (written == 4) {
-        spec.alpha_channel = 3;
-        spec.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
+        layout.alpha_channel = 3;
+        layout.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
     }
     const fs::path target(path);
     const fs::path temporary = temporaryBeside(target);
-    bool ok = out->open(temporary.string(), spec);
+    bool ok = out->open(temporary.string(), layout);
     ok = ok && out->write_image(OIIO::TypeDesc::FLOAT, frame.rgba.data(), 4 * sizeof(float));
     ok = out->close() && ok;
     if (!ok) {
