@@ -23,6 +23,7 @@ struct HostFormatGeometry {
     bool alphaPlane;
     bool bottomUp;
     bool pairs;               // Cb Y Cr Y
+    bool matrix709;           // pairs in the high-definition (709) colour matrix, else 601
 };
 
 inline constexpr int32_t kHostFormatCount = 16;

@@ -57,7 +57,8 @@ TEST_F(Errors, UsageErrorsExitTwo)
     expectRefused({"render", "in.%04d.png", "-o", "out.png", "--frames", "0-3"}, 2, "OUTPUT needs a frame number");
     expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png", "--frames", "3-1"}, 2, "ends before it starts");
     expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png"}, 2, "--frames A-B");
-    expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "MFIF_CbYCrY_16"}, 2, "not available");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "MFIF_CbYCrY709A_FLOAT"}, 2,
+                   "MFIF_CbYCrY709A_FLOAT is not available: the effect does not take this format");
     expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "MFIF_NOPE"}, 2, "unknown format");
     expectRefused({"render", "in.png", "-o", "keep.png", "--keep", "q"}, 2, "not a channel");
     expectRefused({"render", "in.png", "-o", "keep.png", "--rate", "0"}, 2, "--rate");

@@ -159,6 +159,56 @@ TEST_F(Files, KeepMatteFieldsAndHostFormatsSelectWhatTheEffectTouches)
     }
 }
 
+TEST_F(Files, CbYCrYFormatsCarryColoursThroughTheirOwnMatrix)
+{
+    // Flat patches 16 wide over a grey ramp. A colour encoded with one matrix
+    // and decoded with the other leaves the gamut and is clipped by the
+    // effect, so saturated colours show a wrong matrix, range or chroma
+    // order; the ramp shows whether each pixel of a pair keeps its own luma.
+    // The width is odd: the pairs need one column more, which the tool adds
+    // and removes again.
+    const float colours[6][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 1}, {0.05f, 0.05f, 0.05f}, {0.9f, 0.5f, 0.1f}};
+    constexpr int w = 95, h = 32;
+    Picture in(w, h, 4);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            for (int c = 0; c < 3; ++c)
+                in.at(x, y, c) = y < h / 2 ? colours[x / 16][c] : 0.1f + 0.8f * x / w;
+            in.at(x, y, 3) = 0.25f;
+        }
+    write("patches.exr", in);
+    struct Case {
+        const char* format;
+        float step;       // of the format's luma
+        bool alphaPlane;  // otherwise INPUT's alpha is kept as it was
+    };
+    const Case cases[] = {{"MFIF_CbYCrY_16", 1 / 219.0f, false},        {"MFIF_CbYCrY709A_24", 1 / 219.0f, true},
+                          {"MFIF_CbYCrY709_S2_14", 1 / 16384.0f, false}, {"MFIF_CbYCrYA_S2_14", 1 / 16384.0f, true},
+                          {"MFIF_CbYCrY_FLOAT", 0.0f, false},            {"MFIF_CbYCrYA_FLOAT", 0.0f, true}};
+    for (const Case& c : cases) {
+        // Two steps of the effect's 15 bits and of the format's chroma and luma each.
+        const float bound = 2.0f / 32767.0f + 4.0f * c.step;
+        // Colour kept from INPUT: what the effect decoded, encoded again.
+        ToolRun r = run({"render", "patches.exr", "-o", "kept.exr", "--host-format", c.format, "--keep", "r,g,b"});
+        ASSERT_EQ(r.exitCode, 0) << c.format << ": " << r.err;
+        const Picture kept = read("kept.exr");
+        for (int y = 0; y < h; y += 5)
+            for (int x = 0; x < w; ++x)
+                for (int ch = 0; ch < 3; ++ch)
+                    ASSERT_NEAR(kept.at(x, y, ch), in.at(x, y, ch), bound) << c.format << " at " << x << "," << y;
+        // Defocused, a radius of 2.4 pixels leaves the patches' centres as they were.
+        r = run({"render", "patches.exr", "-o", "out.exr", "--host-format", c.format, "--radius-x", "0.05"});
+        ASSERT_EQ(r.exitCode, 0) << c.format << ": " << r.err;
+        const Picture p = read("out.exr");
+        for (int k = 0; k < 6; ++k) {
+            const int x = std::min(16 * k + 8, w - 4);
+            for (int ch = 0; ch < 3; ++ch)
+                EXPECT_NEAR(p.at(x, 6, ch), colours[k][ch], bound) << c.format << " patch " << k << " channel " << ch;
+            EXPECT_NEAR(p.at(x, 6, 3), 0.25f, c.alphaPlane ? 1 / 255.0f + 2.0f / 32767.0f : 0.0f) << c.format;
+        }
+    }
+}
+
 }  // namespace
 
 namespace {

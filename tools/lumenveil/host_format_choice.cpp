@@ -18,8 +18,9 @@ std::string upper(std::string text)
 
 std::string hostFormatSupport(const HostFormatGeometry& format)
 {
-    if (format.pairs)
-        return "Cb Y Cr Y formats need a colour conversion that this tool does not make";
+    // The effect recognises the first fifteen formats only.
+    if (format.code == kHostFormatCount)
+        return "the effect does not take this format";
     return "";
 }
 
@@ -42,7 +43,6 @@ const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth 
         throw UsageError("--host-format: unknown format \"" + name + "\" (`lumenveil formats` lists them)");
     const std::string why = hostFormatSupport(*format);
     if (!why.empty())
-        throw UsageError(std::string("--host-format: ") + format->name + " is not available: " + why +
-                         "; use an RGBA format");
+        throw UsageError(std::string("--host-format: ") + format->name + " is not available: " + why);
     return format;
 }

@@ -10,8 +10,8 @@
 // case, or its code), or when `name` is empty the default for files of
 // `depth`: MFIF_RGBA_RAW_32 for 8-bit, MFIF_RGBA_FLOAT for deeper files, so
 // that no precision is lost before the effect's 15-bit frame. UsageError for
-// an unknown name or a format the tool does not convert (see hostFormatSupport).
+// an unknown name or a format the effect does not take (see hostFormatSupport).
 const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth depth);
 
-// "" when the tool hands frames over in `format`, else why not.
+// "" when frames can be handed over in `format`, else why not.
 std::string hostFormatSupport(const HostFormatGeometry& format);

@@ -10,100 +10,197 @@ namespace {
 
 float clamp01(float v) { return std::isnan(v) ? 0.0f : std::clamp(v, 0.0f, 1.0f); }
 
-uint8_t fullRange8(float v) { return static_cast<uint8_t>(std::lround(clamp01(v) * 255.0f)); }
+// Full scale of an RGBA or alpha sample: 255 at 8 bits, 16384 in 2.14 fixed
+// point, 1.0 in float.
+float fullScale(int32_t sampleBytes) { return sampleBytes == 1 ? 255.0f : sampleBytes == 2 ? 16384.0f : 1.0f; }
 
-// Colour in video range: 16 is black, 235 white.
-uint8_t videoRange8(float v) { return static_cast<uint8_t>(16 + std::lround(clamp01(v) * 219.0f)); }
-
-// 2.14 fixed point: 16384 is 1.0; the effect reads 0 to 1.
-int16_t fixed214(float v) { return static_cast<int16_t>(std::lround(clamp01(v) * 16384.0f)); }
-
-// One pixel into / out of a buffer of the format's code, at byte `at`.
-void storePixel(int32_t code, uint8_t* at, const float* p)
+// One sample of `sampleBytes` bytes; integer samples are rounded to nearest.
+void putSample(uint8_t* at, int32_t sampleBytes, float v)
 {
-    switch (code) {
-    case 1:
-        for (int c = 0; c < 4; ++c)
-            at[c] = fullRange8(p[c]);
-        break;
-    case 2:  // B G R A, colour in video range, alpha full range
-        at[0] = videoRange8(p[2]);
-        at[1] = videoRange8(p[1]);
-        at[2] = videoRange8(p[0]);
-        at[3] = fullRange8(p[3]);
-        break;
-    case 7:
-        for (int c = 0; c < 4; ++c) {
-            const int16_t s = fixed214(p[c]);
-            std::memcpy(at + 2 * c, &s, 2);
-        }
-        break;
-    case 12:
-        for (int c = 0; c < 4; ++c) {
-            const float s = clamp01(p[c]);
-            std::memcpy(at + 4 * c, &s, 4);
-        }
-        break;
+    if (sampleBytes == 1) {
+        at[0] = static_cast<uint8_t>(std::lround(v));
+    } else if (sampleBytes == 2) {
+        const int16_t s = static_cast<int16_t>(std::lround(v));
+        std::memcpy(at, &s, 2);
+    } else {
+        std::memcpy(at, &v, 4);
     }
 }
 
-void loadPixel(int32_t code, const uint8_t* at, float* p)
+float getSample(const uint8_t* at, int32_t sampleBytes)
 {
-    switch (code) {
-    case 1:
-        for (int c = 0; c < 4; ++c)
-            p[c] = at[c] / 255.0f;
-        break;
-    case 2:
-        p[0] = (at[2] - 16) / 219.0f;
-        p[1] = (at[1] - 16) / 219.0f;
-        p[2] = (at[0] - 16) / 219.0f;
-        p[3] = at[3] / 255.0f;
-        break;
-    case 7:
-        for (int c = 0; c < 4; ++c) {
-            int16_t s;
-            std::memcpy(&s, at + 2 * c, 2);
-            p[c] = s / 16384.0f;
-        }
-        break;
-    case 12:
-        std::memcpy(p, at, 16);
-        break;
+    if (sampleBytes == 1)
+        return at[0];
+    float v;
+    if (sampleBytes == 2) {
+        int16_t s;
+        std::memcpy(&s, at, 2);
+        v = s;
+    } else {
+        std::memcpy(&v, at, 4);
     }
+    return v;
 }
 
-size_t bytesPerPixel(const HostFormatGeometry& format)
+// Video range at 8 bits: 16 is black, 235 white.
+constexpr float kVideoBlack = 16.0f;
+constexpr float kVideoSpan = 219.0f;
+// Cb and Cr at 8 bits: 128 is no colour, 224 the span from -0.5 to 0.5.
+constexpr float kChromaZero = 128.0f;
+constexpr float kChromaSpan = 224.0f;
+
+// Luma weights of red and blue in the two matrices; green has the rest.
+struct LumaWeights {
+    float red;
+    float blue;
+};
+constexpr LumaWeights kBt601{0.299f, 0.114f};
+constexpr LumaWeights kBt709{0.2126f, 0.0722f};
+
+// Luma 0 to 1 and chroma -0.5 to 0.5 of one colour.
+struct Yuv {
+    float y, cb, cr;
+};
+
+Yuv toYuv(const float* rgb, LumaWeights k)
 {
-    return static_cast<size_t>(format.samplesPerPixel) * format.sampleBytes;
+    const float r = clamp01(rgb[0]), g = clamp01(rgb[1]), b = clamp01(rgb[2]);
+    const float y = k.red * r + (1.0f - k.red - k.blue) * g + k.blue * b;
+    return {y, (b - y) / (2.0f * (1.0f - k.blue)), (r - y) / (2.0f * (1.0f - k.red))};
+}
+
+void fromYuv(const Yuv& c, LumaWeights k, float* rgb)
+{
+    const float r = c.y + 2.0f * (1.0f - k.red) * c.cr;
+    const float b = c.y + 2.0f * (1.0f - k.blue) * c.cb;
+    const float g = (c.y - k.red * r - k.blue * b) / (1.0f - k.red - k.blue);
+    rgb[0] = clamp01(r);
+    rgb[1] = clamp01(g);
+    rgb[2] = clamp01(b);
+}
+
+// Sample values of luma and chroma at each depth: video range at 8 bits,
+// 16384 for 1.0 in 2.14, as they are in float.
+float lumaSample(float y, int32_t sampleBytes)
+{
+    return sampleBytes == 1 ? kVideoBlack + y * kVideoSpan : sampleBytes == 2 ? y * 16384.0f : y;
+}
+float chromaSample(float c, int32_t sampleBytes)
+{
+    return sampleBytes == 1 ? kChromaZero + c * kChromaSpan : sampleBytes == 2 ? c * 16384.0f : c;
+}
+float lumaOf(float s, int32_t sampleBytes)
+{
+    return sampleBytes == 1 ? (s - kVideoBlack) / kVideoSpan : sampleBytes == 2 ? s / 16384.0f : s;
+}
+float chromaOf(float s, int32_t sampleBytes)
+{
+    return sampleBytes == 1 ? (s - kChromaZero) / kChromaSpan : sampleBytes == 2 ? s / 16384.0f : s;
+}
+
+// Where one format's samples of one buffer row lie.
+struct RowAt {
+    uint8_t* colour;
+    uint8_t* alpha;  // null without an alpha plane
+};
+
+RowAt rowAt(uint8_t* data, const HostFormatGeometry& format, int32_t columns, int32_t rows, int32_t y)
+{
+    const size_t row = static_cast<size_t>(hostBufferRow(format.code, rows, y)) * columns;
+    const size_t unit = static_cast<size_t>(format.samplesPerPixel) * format.sampleBytes;
+    uint8_t* alpha = nullptr;
+    if (format.alphaPlane)
+        alpha = data + hostColourPlaneBytes(format.code, columns, rows) + row * format.sampleBytes;
+    return {data + row * unit, alpha};
+}
+
+// One row of RGBA pixels (`at(x)` gives pixel x) into / out of a buffer row.
+template <typename PixelAt>
+void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, PixelAt at)
+{
+    const int32_t bytes = format.sampleBytes;
+    if (format.pairs) {
+        const LumaWeights k = format.matrix709 ? kBt709 : kBt601;
+        for (int32_t x = 0; x < columns; x += 2) {
+            const Yuv a = toYuv(at(x), k), b = toYuv(at(x + 1), k);
+            uint8_t* pair = to.colour + static_cast<size_t>(x) * 2 * bytes;
+            putSample(pair, bytes, chromaSample((a.cb + b.cb) / 2.0f, bytes));
+            putSample(pair + bytes, bytes, lumaSample(a.y, bytes));
+            putSample(pair + 2 * bytes, bytes, chromaSample((a.cr + b.cr) / 2.0f, bytes));
+            putSample(pair + 3 * bytes, bytes, lumaSample(b.y, bytes));
+        }
+    } else {
+        for (int32_t x = 0; x < columns; ++x) {
+            const float* p = at(x);
+            uint8_t* pixel = to.colour + static_cast<size_t>(x) * 4 * bytes;
+            for (int c = 0; c < 4; ++c)
+                putSample(pixel + c * bytes, bytes, clamp01(p[c]) * fullScale(bytes));
+            if (format.code == 2) {  // B G R A, colour in video range
+                for (int c = 0; c < 3; ++c)
+                    putSample(pixel + (2 - c), 1, kVideoBlack + clamp01(p[c]) * kVideoSpan);
+            }
+        }
+    }
+    if (to.alpha)
+        for (int32_t x = 0; x < columns; ++x)
+            putSample(to.alpha + static_cast<size_t>(x) * bytes, bytes, clamp01(at(x)[3]) * fullScale(bytes));
+}
+
+template <typename PixelAt>
+void loadRow(const HostFormatGeometry& format, int32_t width, RowAt from, PixelAt at)
+{
+    const int32_t bytes = format.sampleBytes;
+    if (format.pairs) {
+        const LumaWeights k = format.matrix709 ? kBt709 : kBt601;
+        for (int32_t x = 0; x < width; ++x) {
+            const uint8_t* pair = from.colour + static_cast<size_t>(x / 2) * 4 * bytes;
+            const Yuv c{lumaOf(getSample(pair + (x % 2 ? 3 : 1) * bytes, bytes), bytes),
+                        chromaOf(getSample(pair, bytes), bytes), chromaOf(getSample(pair + 2 * bytes, bytes), bytes)};
+            fromYuv(c, k, at(x));
+        }
+    } else {
+        for (int32_t x = 0; x < width; ++x) {
+            const uint8_t* pixel = from.colour + static_cast<size_t>(x) * 4 * bytes;
+            float* p = at(x);
+            for (int c = 0; c < 4; ++c)
+                p[c] = getSample(pixel + c * bytes, bytes) / fullScale(bytes);
+            if (format.code == 2)
+                for (int c = 0; c < 3; ++c)
+                    p[c] = (getSample(pixel + (2 - c), 1) - kVideoBlack) / kVideoSpan;
+        }
+    }
+    if (from.alpha)
+        for (int32_t x = 0; x < width; ++x)
+            at(x)[3] = getSample(from.alpha + static_cast<size_t>(x) * bytes, bytes) / fullScale(bytes);
 }
 
 }  // namespace
 
 int32_t hostFrameRows(int32_t height, bool wholeRows) { return wholeRows ? (height + 3) / 4 * 4 : height; }
 
+int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format)
+{
+    return format.pairs ? (width + 1) / 2 * 2 : width;
+}
+
 ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows)
 {
-    ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, frame.width, rows));
+    const int32_t columns = hostFrameColumns(frame.width, format);
+    ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, columns, rows));
     if (!image)
-        throw Failure("no memory for a " + std::to_string(frame.width) + " x " + std::to_string(rows) + " frame");
-    const size_t unit = bytesPerPixel(format);
+        throw Failure("no memory for a " + std::to_string(columns) + " x " + std::to_string(rows) + " frame");
     for (int32_t y = 0; y < rows; ++y) {
         const int32_t source = std::min(y, frame.height - 1);
-        uint8_t* row = image->Data() + static_cast<size_t>(hostBufferRow(format.code, rows, y)) * frame.width * unit;
-        for (int32_t x = 0; x < frame.width; ++x)
-            storePixel(format.code, row + x * unit, frame.Pixel(x, source));
+        storeRow(format, columns, rowAt(image->Data(), format, columns, rows, y),
+                 [&](int32_t x) { return frame.Pixel(std::min(x, frame.width - 1), source); });
     }
     return image;
 }
 
 void readHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, ImageFrame& frame)
 {
-    const size_t unit = bytesPerPixel(format);
-    for (int32_t y = 0; y < frame.height; ++y) {
-        const uint8_t* row =
-            image->Data() + static_cast<size_t>(hostBufferRow(format.code, rows, y)) * frame.width * unit;
-        for (int32_t x = 0; x < frame.width; ++x)
-            loadPixel(format.code, row + x * unit, frame.Pixel(x, y));
-    }
+    const int32_t columns = hostFrameColumns(frame.width, format);
+    for (int32_t y = 0; y < frame.height; ++y)
+        loadRow(format, frame.width, rowAt(image->Data(), format, columns, rows, y),
+                [&](int32_t x) { return frame.Pixel(x, y); });
 }

@@ -138,6 +138,9 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
     if (!out)
         throw Failure("cannot write " + path + ": no image format for its name");
     OIIO::ImageSpec layout(frame.width, frame.height, written, typeOf(depth));
+    // Some writers (PNM) take their depth from this rather than the sample type.
+    if (depth == SampleDepth::U16)
+        layout.attribute("oiio:BitsPerSample", 16);
     if (written == 4) {
         layout.alpha_channel = 3;
         layout.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha

@@ -155,9 +155,10 @@ LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t
 {
     LoadedFrame loaded;
     loaded.input = makeHostImage(frame, format, rows);
-    loaded.output = ComRef<MemoryImage>(MemoryImage::Create(*format.guid, frame.width, rows));
+    const int32_t columns = hostFrameColumns(frame.width, format);
+    loaded.output = ComRef<MemoryImage>(MemoryImage::Create(*format.guid, columns, rows));
     if (!loaded.output)
-        throw Failure("no memory for a " + sizeText(frame.width, rows) + " frame");
+        throw Failure("no memory for a " + sizeText(columns, rows) + " frame");
     std::memcpy(loaded.output->Data(), loaded.input->Data(), loaded.input->Bytes());
     loaded.frame = std::move(frame);
     return loaded;
@@ -214,7 +215,8 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     const HostFormatGeometry& format = *chooseHostFormat(r.hostFormat, header.depth);
     const int32_t rows = hostFrameRows(header.height, !r.exactHostFrame);
     for (long f = range.first; f <= range.last; ++f) {
-        const std::string problem = transformLimitProblem(effect, header.width, rows, f / r.rate);
+        const std::string problem =
+            transformLimitProblem(effect, hostFrameColumns(header.width, format), rows, f / r.rate);
         if (!problem.empty())
             throw Failure("cannot render " + inputPath(f) + ": " + problem);
     }

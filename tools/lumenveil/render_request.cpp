@@ -34,7 +34,8 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
     command.add_flag("--matte", r.matte, "Use INPUT's alpha as the matte: the effect shows where alpha is full");
     command.add_option("--host-format", r.hostFormat,
                        "Host pixel format the frames are handed to the effect in (default MFIF_RGBA_RAW_32 for "
-                       "8-bit files, MFIF_RGBA_FLOAT otherwise); see `lumenveil formats`")
+                       "8-bit files, MFIF_RGBA_FLOAT otherwise); Cb Y Cr Y formats get the colour through their "
+                       "BT.601 or BT.709 matrix, one chroma sample for two pixels; see `lumenveil formats`")
         ->type_name("NAME");
     command.add_option("--depth", r.depth, "Output bit depth: 8, 16 or float (default: the input's)")
         ->check(CLI::IsMember({"8", "16", "float"}));
