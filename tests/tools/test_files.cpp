@@ -58,6 +58,10 @@ TEST_F(Files, EachDepthAndFileFormatKeepsDepthAndAlpha)
     EXPECT_EQ(read("deep.tif").format, OIIO::TypeDesc::UINT16);
     ASSERT_EQ(run({"render", "in16.tif", "-o", "flat.png", "--depth", "8"}).exitCode, 0);
     EXPECT_EQ(read("flat.png").format, OIIO::TypeDesc::UINT8);
+    // PNM too keeps 16 bits.
+    write("in16.ppm", scene(40, 32, 3), OIIO::TypeDesc::UINT16);
+    ASSERT_EQ(run({"render", "in16.ppm", "-o", "out16.ppm"}).exitCode, 0);
+    EXPECT_EQ(read("out16.ppm").format, OIIO::TypeDesc::UINT16);
 }
 
 TEST_F(Files, GreyIsTakenAsRgbAndSameCommandSameBytes)

@@ -88,6 +88,7 @@ void ToolTest::write(const std::string& name, const Picture& picture, OIIO::Type
     auto out = OIIO::ImageOutput::create(path(name));
     ASSERT_TRUE(out) << name;
     OIIO::ImageSpec layout(picture.width, picture.height, picture.channels, type);
+    layout.attribute("oiio:BitsPerSample", int(type.size() * 8));  // PNM takes its depth from this
     ASSERT_TRUE(out->open(path(name), layout)) << out->geterror();
     ASSERT_TRUE(out->write_image(OIIO::TypeDesc::FLOAT, picture.data.data())) << out->geterror();
     out->close();
