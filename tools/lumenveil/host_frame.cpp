@@ -183,10 +183,11 @@ int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format)
     return format.pairs ? (width + 1) / 2 * 2 : width;
 }
 
-ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows)
+ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows,
+                                  uint8_t* pixels)
 {
     const int32_t columns = hostFrameColumns(frame.width, format);
-    ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, columns, rows));
+    ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, columns, rows, pixels));
     if (!image)
         throw Failure("no memory for a " + std::to_string(columns) + " x " + std::to_string(rows) + " frame");
     for (int32_t y = 0; y < rows; ++y) {

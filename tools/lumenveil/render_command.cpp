@@ -1,5 +1,7 @@
 #include "tools/lumenveil/render_command.h"
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -13,6 +15,7 @@
 #include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/IDSPointSpread.h"
 #include "hostsdk/content.h"
+#include "tools/lumenveil/buffer_pool.h"
 #include "tools/lumenveil/channel_selection.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/engine_choice.h"
@@ -54,6 +57,11 @@ ImageFrame pointSpreadPicture(IDSImageEffect* fx)
         }
     return picture;
 }
+
+// Reading and writing files run a few steps below the render in priority, so
+// that on a machine whose cores the render keeps busy they fill its idle
+// moments instead of holding it up.
+void yieldToRender() { setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 5); }
 
 namespace fs = std::filesystem;
 
@@ -141,25 +149,43 @@ void checkExists(const std::string& path)
 
 std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_string(h); }
 
+// A host image over a block of a pool; the block outlives the image.
+struct PooledImage {
+    std::shared_ptr<uint8_t> block;
+    ComRef<MemoryImage> image;
+};
+
+PooledImage pooledHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows, BufferPool& pool)
+{
+    PooledImage pooled;
+    pooled.block = pool.Take();
+    if (!pooled.block)
+        throw Failure("no memory for a " + sizeText(hostFrameColumns(frame.width, format), rows) + " frame");
+    pooled.image = makeHostImage(frame, format, rows, pooled.block.get());
+    return pooled;
+}
+
 // One frame read and handed over to the host's buffers.
 struct LoadedFrame {
     ImageFrame frame;
-    ComRef<MemoryImage> input;
-    ComRef<MemoryImage> output;
-    ComRef<MemoryImage> spread;
+    PooledImage input;
+    PooledImage output;
+    PooledImage spread;
 };
 
 // A frame of host images for `frame`: the output starts as a copy of the
 // input, so that rows the effect does not write (other field) keep it.
-LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t rows)
+LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t rows, BufferPool& pool)
 {
     LoadedFrame loaded;
-    loaded.input = makeHostImage(frame, format, rows);
-    const int32_t columns = hostFrameColumns(frame.width, format);
-    loaded.output = ComRef<MemoryImage>(MemoryImage::Create(*format.guid, columns, rows));
-    if (!loaded.output)
-        throw Failure("no memory for a " + sizeText(columns, rows) + " frame");
-    std::memcpy(loaded.output->Data(), loaded.input->Data(), loaded.input->Bytes());
+    loaded.input = pooledHostImage(frame, format, rows, pool);
+    loaded.output.block = pool.Take();
+    if (loaded.output.block)
+        loaded.output.image = ComRef<MemoryImage>(
+            MemoryImage::Create(*format.guid, hostFrameColumns(frame.width, format), rows, loaded.output.block.get()));
+    if (!loaded.output.image)
+        throw Failure("no memory for a " + sizeText(hostFrameColumns(frame.width, format), rows) + " frame");
+    std::memcpy(loaded.output.image->Data(), loaded.input.image->Data(), pool.Bytes());
     loaded.frame = std::move(frame);
     return loaded;
 }
@@ -245,14 +271,19 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     const bool spreadPerFrame = !r.spread.empty() && plan.sequence && hasFramePattern(r.spread);
     std::optional<ComRef<MemoryImage>> stillSpread;
 
+    // Host images of every frame come from one pool: with the next frame
+    // loading while this one renders, a handful of blocks serve a sequence.
+    BufferPool pool(hostBufferBytes(format.code, hostFrameColumns(header.width, format), rows));
     auto load = [&](long f) {
+        yieldToRender();
         ImageFrame frame = readImage(inputPath(f));
         if (frame.width != header.width || frame.height != header.height)
             throw Failure(inputPath(f) + " is " + sizeText(frame.width, frame.height) + ", frame " +
                           std::to_string(range.first) + " was " + sizeText(header.width, header.height));
-        LoadedFrame loaded = handOver(std::move(frame), format, rows);
+        LoadedFrame loaded = handOver(std::move(frame), format, rows, pool);
         if (spreadPerFrame)
-            loaded.spread = makeHostImage(readSpread(framePath(r.spread, f), loaded.frame, inputPath(f)), format, rows);
+            loaded.spread = pooledHostImage(readSpread(framePath(r.spread, f), loaded.frame, inputPath(f)), format, rows,
+                                            pool);
         return loaded;
     };
     struct InterruptGuard {
@@ -279,10 +310,10 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
             next = std::async(std::launch::async, load, f + 1);
         if (!r.spread.empty() && !spreadPerFrame && !stillSpread)
             stillSpread = makeHostImage(readSpread(r.spread, current.frame, inputPath(f)), format, rows);
-        IDSImage* spread = spreadPerFrame ? current.spread.get() : stillSpread ? stillSpread->get() : nullptr;
+        IDSImage* spread = spreadPerFrame ? current.spread.image.get() : stillSpread ? stillSpread->get() : nullptr;
         host.SetInput(1, spread);
-        fx->SetInput(current.input.get());
-        fx->SetOutput(current.output.get());
+        fx->SetInput(current.input.image.get());
+        fx->SetOutput(current.output.image.get());
         if (interruptRequested())
             throw interrupted();
         const double time = f / r.rate;
@@ -295,7 +326,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
             throw Failure("the effect failed on " + inputPath(f) + " (" + code + ")");
         }
         ImageFrame result = std::move(current.frame);
-        readHostImage(current.output.get(), format, rows, result);
+        readHostImage(current.output.image.get(), format, rows, result);
         RgbaImage overlayLayer;
         if (overlay)
             overlayLayer = overlay->Draw(result.width, result.height, r.pixelAspect, time);
@@ -309,6 +340,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
         writing = std::async(std::launch::async, [&r, f, depth, hasOverlay = bool(overlay), result = std::move(result),
                                                   layer = std::move(overlayLayer),
                                                   spreadPicture = std::move(spreadPicture)]() mutable {
+            yieldToRender();
             writeImage(framePath(r.output, f), result, depth, result.channels);
             if (!r.psf.empty())
                 writeImage(framePath(r.psf, f), spreadPicture, SampleDepth::U8, 1);
