@@ -54,6 +54,7 @@ TEST_F(Errors, UsageErrorsExitTwo)
     expectRefused({"render", "in.png", "-o", "keep.png", "--key", "match-radii=0:1"}, 2, "cannot be animated");
     expectRefused({"render", "in.png", "-o", "keep.png", "--key", "radius-x=0:0.9"}, 2, "outside 0 to 0.3");
     expectRefused({"render", "in.png", "-o", "keep.png", "--frames", "0-3"}, 2, "--frames needs a sequence");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "zip:fast"}, 2, "is not a compression");
     expectRefused({"render", "in.%04d.png", "-o", "out.png", "--frames", "0-3"}, 2, "OUTPUT needs a frame number");
     expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png", "--frames", "3-1"}, 2, "ends before it starts");
     expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png"}, 2, "--frames A-B");

@@ -58,6 +58,10 @@ TEST_F(Files, EachDepthAndFileFormatKeepsDepthAndAlpha)
     EXPECT_EQ(read("deep.tif").format, OIIO::TypeDesc::UINT16);
     ASSERT_EQ(run({"render", "in16.tif", "-o", "flat.png", "--depth", "8"}).exitCode, 0);
     EXPECT_EQ(read("flat.png").format, OIIO::TypeDesc::UINT8);
+    // --compression changes the file, not the pixels.
+    ASSERT_EQ(run({"render", "in16.tif", "-o", "plain.tif", "--compression", "none"}).exitCode, 0);
+    EXPECT_EQ(read("plain.tif").data, read("out-in16.tif").data);
+    EXPECT_GT(bytes("plain.tif").size(), bytes("out-in16.tif").size());
     // PNM too keeps 16 bits.
     write("in16.ppm", scene(40, 32, 3), OIIO::TypeDesc::UINT16);
     ASSERT_EQ(run({"render", "in16.ppm", "-o", "out16.ppm"}).exitCode, 0);

@@ -131,7 +131,8 @@ ImageFrame readImage(const std::string& path)
     return frame;
 }
 
-void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels)
+void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
+                const std::string& compression)
 {
     const int written = channels == 2 || channels == 4 ? 4 : 3;
     auto out = OIIO::ImageOutput::create(path);
@@ -141,6 +142,8 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
     // Some writers (PNM) take their depth from this rather than the sample type.
     if (depth == SampleDepth::U16)
         layout.attribute("oiio:BitsPerSample", 16);
+    if (!compression.empty())
+        layout.attribute("compression", compression);
     if (written == 4) {
         layout.alpha_channel = 3;
         layout.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
@@ -157,6 +160,25 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
         throw Failure("cannot write " + path + ": " + (reason.empty() ? "the writer failed" : reason));
     }
     commit(temporary, target);
+}
+
+std::string compressionProblem(const std::string& compression)
+{
+    // The names of TIFF, EXR and PNG writers; a writer that does not use one
+    // keeps its own default.
+    static const char* const known[] = {"none", "zip",  "zips", "lzw", "packbits", "ccittrle", "jpeg",
+                                        "rle",  "piz", "pxr24", "b44", "b44a",     "dwaa",     "dwab"};
+    const size_t colon = compression.find(':');
+    const std::string name = compression.substr(0, colon);
+    const std::string level = colon == std::string::npos ? "" : compression.substr(colon + 1);
+    std::string list;
+    for (const char* k : known) {
+        if (name == k && (colon == std::string::npos ||
+                          (!level.empty() && level.find_first_not_of("0123456789") == std::string::npos)))
+            return "";
+        list += list.empty() ? k : std::string(", ") + k;
+    }
+    return "\"" + compression + "\" is not a compression (" + list + ", with a level as in zip:1)";
 }
 
 void writeTextFile(const std::string& path, const std::string& text)

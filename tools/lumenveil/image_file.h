@@ -35,9 +35,15 @@ ImageHeader readImageHeader(const std::string& path);
 ImageFrame readImage(const std::string& path);
 
 // Writes `frame` with `channels` channels (3 or 4; 1 and 2 are written as 3
-// and 4) at `depth`; Failure when the file cannot be written, leaving nothing
-// at `path` but what was there before.
-void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels);
+// and 4) at `depth`, with `compression` as the file format names it (empty:
+// the format's own default); Failure when the file cannot be written, leaving
+// nothing at `path` but what was there before.
+void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
+                const std::string& compression = "");
+
+// "" when `compression` is a compression the file writers know, perhaps
+// with a level after a colon (zip:1), else why not.
+std::string compressionProblem(const std::string& compression);
 
 // Writes `text` to `path` through a temporary file and a rename; Failure otherwise.
 void writeTextFile(const std::string& path, const std::string& text);

@@ -122,6 +122,8 @@ RenderPlan checkRequest(const RenderRequest& r)
         plan.depth = SampleDepth::U16;
     else if (r.depth == "float")
         plan.depth = SampleDepth::Float;
+    if (!r.compression.empty() && !compressionProblem(r.compression).empty())
+        throw UsageError("--compression: " + compressionProblem(r.compression));
     if (!r.hostFormat.empty())
         chooseHostFormat(r.hostFormat, SampleDepth::U8);
     return plan;
@@ -341,12 +343,12 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
                                                   layer = std::move(overlayLayer),
                                                   spreadPicture = std::move(spreadPicture)]() mutable {
             yieldToRender();
-            writeImage(framePath(r.output, f), result, depth, result.channels);
+            writeImage(framePath(r.output, f), result, depth, result.channels, r.compression);
             if (!r.psf.empty())
                 writeImage(framePath(r.psf, f), spreadPicture, SampleDepth::U8, 1);
             if (hasOverlay) {
                 compositeOverlay(result, layer);
-                writeImage(framePath(r.overlay, f), result, depth, result.channels);
+                writeImage(framePath(r.overlay, f), result, depth, result.channels, r.compression);
             }
         });
         progress.FrameDone(f, written);

@@ -37,6 +37,11 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
                        "8-bit files, MFIF_RGBA_FLOAT otherwise); Cb Y Cr Y formats get the colour through their "
                        "BT.601 or BT.709 matrix, one chroma sample for two pixels; see `lumenveil formats`")
         ->type_name("NAME");
+    command.add_option("--compression", r.compression,
+                       "Compression of the written files, as the file format names it, with a level after a "
+                       "colon where it takes one: e.g. none, zip:1 (fast) to zip:9 (small), lzw, packbits for "
+                       "TIFF; none, zip, piz, dwaa:45 for EXR (default: the file format's own)")
+        ->type_name("NAME");
     command.add_option("--depth", r.depth, "Output bit depth: 8, 16 or float (default: the input's)")
         ->check(CLI::IsMember({"8", "16", "float"}));
     command.add_flag("--exact-host-frame", r.exactHostFrame,

@@ -18,6 +18,7 @@ struct RenderRequest {
     std::string psf;
     std::string hostFormat;
     std::string depth;
+    std::string compression;
     std::string keep;
     std::string fields = "both";
     std::string engine = "faithful";
