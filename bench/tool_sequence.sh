@@ -5,7 +5,9 @@
 # current one renders, so file work should keep it at 80% of the engine's rate
 # or above.
 #
-#   bench/tool_sequence.sh [FRAMES]        (default 100)
+#   bench/tool_sequence.sh [FRAMES [TOOL OPTIONS...]]   (default 100 frames)
+#
+# e.g. `bench/tool_sequence.sh 100 --compression zip:1` times faster writing.
 #
 # TOOL and BENCH name the programs (defaults: build/release/...); WORK the
 # scratch directory (default build/tool-bench). Without the benchmark program
@@ -13,6 +15,7 @@
 set -euo pipefail
 
 frames=${1:-100}
+shift $(( $# > 0 ? 1 : 0 ))
 root=$(cd "$(dirname "$0")/.." && pwd)
 tool=${TOOL:-$root/build/release/tools/lumenveil/lumenveil}
 bench=${BENCH:-$root/build/release/bench/lumenveil_bench}
@@ -45,7 +48,7 @@ done
 rm -f "$work"/out/*
 
 start=$(date +%s.%N)
-"$tool" render "$work/in/f.%04d.ppm" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet
+"$tool" render "$work/in/f.%04d.ppm" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet "$@"
 end=$(date +%s.%N)
 tool_fps=$(python3 -c "print(f'{$frames / ($end - $start):.3f}')")
 echo "tool:   $frames frames in $(python3 -c "print(f'{$end - $start:.1f}')") s, $tool_fps frames/s"
