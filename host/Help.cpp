@@ -80,9 +80,16 @@ int html_help(void*, const wchar_t*, unsigned, unsigned)
         g_helpLoadFailed = true;
         return 0;
     }
+    // A shell starts the opener in the background and ends at once, so it is
+    // reaped here and the opener, left to the system, never lingers as a
+    // zombie of the host.
     pid_t child = 0;
-    char* const argv[] = {const_cast<char*>(g_opener.c_str()), const_cast<char*>(page.c_str()), nullptr};
-    if (posix_spawn(&child, g_opener.c_str(), nullptr, nullptr, argv, environ) != 0) {
+    char shell[] = "/bin/sh", dashC[] = "-c", script[] = "\"$0\" \"$1\" >/dev/null 2>&1 &";
+    char* const argv[] = {shell, dashC, script, const_cast<char*>(g_opener.c_str()), const_cast<char*>(page.c_str()),
+                          nullptr};
+    int status = 0;
+    if (posix_spawn(&child, shell, nullptr, nullptr, argv, environ) != 0 || waitpid(child, &status, 0) != child ||
+        !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         g_helpLoadFailed = true;
         return 0;
     }

@@ -1,0 +1,51 @@
+// The help page opens through the desktop's opener, which the host never has
+// to reap.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "host/Help.h"
+
+namespace {
+
+TEST(Help, OpensThePageThroughTheOpenerAndLeavesNoChild)
+{
+    char made[] = "/tmp/lumenveil-help-XXXXXX";
+    ASSERT_NE(mkdtemp(made), nullptr);
+    const std::string dir = made, page = dir + "/page.html", opened = dir + "/opened";
+    std::ofstream(page) << "<html></html>";
+    std::ofstream(dir + "/xdg-open") << "#!/bin/sh\necho \"$1\" > \"$(dirname \"$0\")/opened.part\"\n"
+                                        "mv \"$(dirname \"$0\")/opened.part\" \"$(dirname \"$0\")/opened\"\n";
+    chmod((dir + "/xdg-open").c_str(), 0755);
+    const std::string path = std::getenv("PATH") ? std::getenv("PATH") : "";
+    setenv("PATH", (dir + ":" + path).c_str(), 1);
+    setenv("LUMENVEIL_HELP_PAGE", page.c_str(), 1);
+    reset_help_state();
+
+    EXPECT_EQ(html_help(nullptr, nullptr, 0, 0), 1);
+    EXPECT_FALSE(help_load_failed());
+    for (int i = 0; i < 500 && !std::filesystem::exists(opened); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::stringstream text;
+    text << std::ifstream(opened).rdbuf();
+    EXPECT_EQ(text.str(), page + "\n");
+    errno = 0;
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child of the host is left to reap";
+    EXPECT_EQ(errno, ECHILD);
+
+    setenv("PATH", path.c_str(), 1);
+    unsetenv("LUMENVEIL_HELP_PAGE");
+    reset_help_state();
+    std::filesystem::remove_all(dir);
+}
+
+}  // namespace
