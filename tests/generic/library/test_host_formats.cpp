@@ -63,7 +63,7 @@ int decodeSample(int bytes, double v, bool alpha)
            : v > 0      ? int(std::min(v, 1.0) * (alpha ? 32767.0 : 32767.5) + (alpha ? 0.5 : 0.0))
                         : 0;
 }
-// One sample s (0..32767) encoded, and Y or chroma after the matrix: 8 bits + 0.5,
+// One sample s (0..32767) encoded; then Y, chroma after the matrix: 8 bits + 0.5,
 // cut, offset and limited; 2.14 + 0.5, cut, limited; float Y limited, chroma only above.
 double encodeSample(int bytes, int s, bool alpha)
 {
@@ -88,23 +88,21 @@ double encodeChroma(int bytes, float c)
 // A host buffer of one format. Pixel column x of buffer row r starts at unit
 // x + r x width; the alpha plane follows the colour plane, one sample a pixel.
 struct Buffer {
-    Buffer(int code, int width, int height, uint8_t fill)
+    Buffer(int code, int width, int height, uint8_t fill = 0)
         : code(code), width(width), height(height), f(kFormats[code]),
-          bytes(planeBytes() + static_cast<size_t>(f.alphaPlane) * width * height * f.bytes, fill)
+          bytes(size_t{1} * width * height * f.bytes * (f.samples + f.alphaPlane), fill)
     {
     }
-    size_t unit() const { return static_cast<size_t>(f.samples) * f.bytes; }
-    size_t planeBytes() const { return unit() * width * height; }
+    size_t unit() const { return size_t{1} * f.samples * f.bytes; }
+    size_t plane() const { return unit() * width * height; }
     int row(int roiY, int y) const { return f.bottomUp ? height - roiY - y - 1 : roiY + y; }
-    size_t colour(int x, int r) const { return (x + static_cast<size_t>(r) * width) * unit(); }
-    size_t alpha(int x, int r) const { return planeBytes() + (x + static_cast<size_t>(r) * width) * f.bytes; }
+    size_t colour(int x, int r) const { return (x + size_t{1} * r * width) * unit(); }
+    size_t alpha(int x, int r) const { return plane() + (x + size_t{1} * r * width) * f.bytes; }
     double get(size_t at) const
     {
         int16_t i;
         float x;
-        return f.bytes == 1 ? bytes[at]
-               : f.bytes == 2 ? (std::memcpy(&i, &bytes[at], 2), i)
-                              : (std::memcpy(&x, &bytes[at], 4), x);
+        return f.bytes == 1 ? bytes[at] : f.bytes == 2 ? (std::memcpy(&i, &bytes[at], 2), i) : (std::memcpy(&x, &bytes[at], 4), x);
     }
     void put(size_t at, double v)
     {
@@ -129,9 +127,9 @@ struct Buffer {
             return out;
         // Cb Y0 Cr Y1, chroma terms per pair; a Cr beyond the colour plane counts as neutral.
         const size_t pair = colour(x0 + (x - x0) / 2 * 2, r);
-        const float cOff = f.bytes == 1 ? 128.0f : 0.0f, yOff = f.bytes == 1 ? 16.0f : 0.0f;
-        const float cb = static_cast<float>(get(pair)) - cOff, y = static_cast<float>(get(at + f.bytes)) - yOff;
-        const float cr = pair + 2 * unit() <= planeBytes() ? static_cast<float>(get(pair + unit())) - cOff : 0.0f;
+        const float off = f.bytes == 1 ? 128.0f : 0.0f, y = static_cast<float>(get(at + f.bytes)) - off / 8;
+        const float cb = static_cast<float>(get(pair)) - off;
+        const float cr = pair + 2 * unit() <= plane() ? static_cast<float>(get(pair + unit())) - off : 0.0f;
         const float* m = kDecode[f.family];
         const float t[3] = {cb * m[1] + cr * m[2], cr * m[5] + cb * m[4], cr * m[8] + cb * m[7]};
         for (int c = 0; c < 3; ++c) {
@@ -149,8 +147,7 @@ struct Buffer {
     {
         const float* e = kEncode[f.family];
         const auto matrixRow = [e](int row, const uint16_t* p) {
-            const float red = p[0], green = p[1], blue = p[2];
-            return e[3 * row] * red + e[3 * row + 1] * green + e[3 * row + 2] * blue;
+            return e[3 * row] * float(p[0]) + e[3 * row + 1] * float(p[1]) + e[3 * row + 2] * float(p[2]);
         };
         for (int x = 0; x < width; ++x) {
             const uint16_t* p = px + 4 * x;
@@ -178,20 +175,13 @@ struct Buffer {
 
 using Frame = std::unique_ptr<VZImage>;
 
-struct Region {
-    int bw, bh, w, h, x, y;
-};
-// A region inside a larger buffer, odd in width and height, and a whole buffer of
-// odd width, where the last pair's Cr comes from the next row or lies beyond the plane.
-constexpr Region kRegions[] = {{10, 7, 5, 5, 2, 1}, {33, 17, 33, 17, 0, 0}};
+// Buffer size, region size and place: a region inside a larger buffer, odd in width
+// and height, and a whole buffer of odd width, where the last pair's Cr comes from
+// the next row or lies beyond the plane.
+constexpr struct { int bw, bh, w, h, x, y; } kRegions[] = {{10, 7, 5, 5, 2, 1}, {33, 17, 33, 17, 0, 0}};
 // Frame row shown by each row of a five-row frame, by field flags 0 to 3: the pass
 // works in place from the top, and the last row has no successor.
 constexpr int kFieldSource[4][5] = {{0, 1, 2, 3, 4}, {1, 1, 3, 3, 4}, {0, 0, 2, 2, 4}, {1, 1, 3, 3, 4}};
-
-Frame decode(const Buffer& b, const Region& r, uint32_t flags = 0)
-{
-    return Frame(hostToVzImage(b.bytes.data(), r.bw, r.bh, r.w, r.h, r.x, r.y, b.code, flags));
-}
 
 // Samples each depth holds: any byte; 2.14 values below 0, within 0..1 and above;
 // floats continuous in the colour plane of pair formats, elsewhere on a 1/256 grid
@@ -199,12 +189,12 @@ Frame decode(const Buffer& b, const Region& r, uint32_t flags = 0)
 // each plane of a float format.
 Buffer sampleBuffer(int code, int width, int height)
 {
-    Buffer b(code, width, height, 0);
+    Buffer b(code, width, height);
     uint32_t seed = 2654435761u * code;
     for (size_t at = 0; at < b.bytes.size(); at += b.f.bytes) {
         seed = seed * 1664525u + 1013904223u;
         const int n = static_cast<int>(seed >> 8);
-        const bool grid = b.f.family == 0 || at >= b.planeBytes();
+        const bool grid = b.f.family == 0 || at >= b.plane();
         b.put(at, b.f.bytes == 1 ? n % 256
                   : b.f.bytes == 2 ? n % 27000 - 9000
                   : grid           ? (n % 384 - 64) / 256.0
@@ -215,7 +205,7 @@ Buffer sampleBuffer(int code, int width, int height)
     return b;
 }
 
-// The samples of a frame, or of a buffer.
+// The samples of a frame (none for null), or of a buffer.
 std::vector<int> samples(const Frame& frame)
 {
     return frame ? std::vector<int>(frame->pixels, frame->pixels + 4 * frame->width * frame->height)
@@ -244,7 +234,7 @@ TEST(HostFormatPick, NamesFifteenFormatsInOrderAndNeverSixteen)
 TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
 {
     for (int code = 1; code <= 16; ++code)
-        for (const Region& r : kRegions)
+        for (const auto& r : kRegions)
             for (uint32_t flags = 0; flags < (r.h == 5 ? 4u : 1u); ++flags) {
                 const Buffer b = sampleBuffer(code, r.bw, r.bh);
                 std::vector<int> want;
@@ -252,7 +242,8 @@ TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
                     for (int x = 0; x < r.w; ++x)
                         for (const int v : b.decode(r.x, r.x + x, b.row(r.y, flags ? kFieldSource[flags][y] : y)))
                             want.push_back(v);
-                EXPECT_THAT(samples(decode(b, r, flags)), ElementsAreArray(want))
+                EXPECT_THAT(samples(Frame(hostToVzImage(b.bytes.data(), r.bw, r.bh, r.w, r.h, r.x, r.y, code, flags))),
+                            ElementsAreArray(want))
                     << "code " << code << " buffer width " << r.bw << " flags " << flags;
             }
 }
@@ -270,11 +261,11 @@ TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
     for (int i = 0; i < 4 * 32768; ++i)
         ramp.pixels[i] = static_cast<uint16_t>(i / 4);
     for (int code = 1; code <= 16; ++code) {
-        Buffer got(code, 32768, 1, 0), want(got);
+        Buffer got(code, 32768, 1), want(got);
         vzImageToHost(&ramp, got.bytes.data(), 32768, 1, 32768, 1, 0, 0, code, 0);
         want.encode(ramp.pixels, 32768, 0, 0);
         EXPECT_THAT(samples(got), ElementsAreArray(samples(want))) << "code " << code << ", all values";
-        for (const Region& r : kRegions) {
+        for (const auto& r : kRegions) {
             VZImage frame(r.w, r.h, 0, static_cast<uint16_t*>(nullptr), 0u);
             uint32_t seed = 99;
             for (int i = 0; i < 4 * r.w * r.h; ++i) {
@@ -286,7 +277,7 @@ TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
                 Buffer got(code, r.bw, r.bh, 0xEE), want(got);
                 vzImageToHost(&frame, got.bytes.data(), r.bw, r.bh, r.w, r.h, r.x, r.y, code, flags);
                 for (int y = 0; y < r.h; ++y)
-                    if (!(y % 2 == 0 && (flags & 1)) && !(y % 2 == 1 && (flags & 2)))
+                    if (!(flags & (y % 2 ? 2 : 1)))
                         want.encode(frame.rows[y], r.w, r.x, want.row(r.y, y));
                 EXPECT_THAT(samples(got), ElementsAreArray(samples(want)))
                     << "code " << code << " buffer width " << r.bw << " flags " << flags;
@@ -307,7 +298,7 @@ TEST(HostSamples, WorkedValues)
         {3, {128, 235, 128, 16}, {}, {32767, 32767, 32767, 32767, 0, 0, 0, 32767}},
         {3, {91, 81, 240, 126}, {}, {32695, 0, 134, 32767, 32767, 6620, 6867, 32767}}};
     for (const auto& c : decoded) {
-        Buffer b(c.code, 2, 1, 0);
+        Buffer b(c.code, 2, 1);
         for (size_t i = 0; i < c.colour.size(); ++i)
             b.put(i * b.f.bytes, c.colour[i]);
         for (size_t i = 0; i < c.alpha.size(); ++i)
@@ -324,10 +315,10 @@ TEST(HostSamples, WorkedValues)
         {1, {f, 16384, 127, 128}, {255, 128, 0, 1}},
         {2, {f, 0, 16384, f}, {125, 16, 235, 255}}};
     for (auto c : encoded) {
-        Buffer b(c.code, static_cast<int>(c.pixels.size() / 4), 1, 0);
+        Buffer b(c.code, static_cast<int>(c.pixels.size() / 4), 1);
         VZImage frame(b.width, 1, 0, c.pixels.data(), 0u);
         vzImageToHost(&frame, b.bytes.data(), b.width, 1, b.width, 1, 0, 0, c.code, 0);
-        EXPECT_EQ(std::vector<int>(b.bytes.begin(), b.bytes.end()), c.want) << "code " << c.code;
+        EXPECT_EQ(samples(b), c.want) << "code " << c.code;
     }
 }
 
@@ -342,7 +333,9 @@ TEST(HostFormatArguments, BadCodesAndRegionsGiveNullAndWriteNothing)
         EXPECT_EQ(Frame(hostToVzImage(buffer.bytes.data(), 8, 4, w, h, x, y, code, 0)), nullptr) << code;
         vzImageToHost(&frame, buffer.bytes.data(), 8, 4, w, h, x, y, code, 0);
     }
-    vzImageToHost(&frame, buffer.bytes.data(), 8, 4, 4, 4, 0, 0, 1, 0);  // a frame not of the region's size
+    // Frames not of the region's size.
+    vzImageToHost(&frame, buffer.bytes.data(), 8, 4, 4, 4, 0, 0, 1, 0);
+    vzImageToHost(&frame, buffer.bytes.data(), 8, 4, 8, 2, 0, 0, 1, 0);
     EXPECT_EQ(samples(buffer), std::vector<int>(8 * 4 * 4, 0x5A));
 }
 
