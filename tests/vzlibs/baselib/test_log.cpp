@@ -91,10 +91,8 @@ TEST_F(LogTest, ConsoleCopiesOfLinesUnlessTheProcessHasAConsoleAndOfConsoleLogWh
     console_log("copied %d\n", 2);
     EXPECT_EQ(log.take(), "CONSOLE LOG:copied 2\n");
 
-    // The console is the terminal if there is one, else stderr, sent to a file here.
-    std::FILE* file = std::tmpfile();
-    const int savedStderr = dup(2);
-    dup2(fileno(file), 2);
+    // The console is the terminal if there is one, else stderr, captured here.
+    ::testing::internal::CaptureStderr();
     for (const int owned : {0, 1})
         for (const int hasConsole : {0, 1}) {
             log_console_echo_owned = static_cast<uint8_t>(owned);
@@ -104,12 +102,7 @@ TEST_F(LogTest, ConsoleCopiesOfLinesUnlessTheProcessHasAConsoleAndOfConsoleLogWh
             lib_log_continue("continued");
             log_console_echo = log_console_echo_owned = 0;
         }
-    dup2(savedStderr, 2);
-    close(savedStderr);
-    std::string echoed(4096, '\0');
-    std::rewind(file);
-    echoed.resize(std::fread(echoed.data(), 1, echoed.size(), file));
-    std::fclose(file);
+    const std::string echoed = ::testing::internal::GetCapturedStderr();
     if (echoed.empty())
         GTEST_SKIP() << "the console is a terminal";
     EXPECT_EQ(std::regex_replace(echoed, std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d\\d "), ""),
