@@ -51,9 +51,10 @@ constexpr float kEncode[7][9] = {
     {6.4882347e-06f, 2.18268378e-05f, 2.20343645e-06f, -3.49656671e-06f, -1.17626887e-05f, 1.52592547e-05f,
      1.52592547e-05f, -1.38600726e-05f, -1.39918211e-06f}};
 
-// One sample decoded; a cut is the conversion to int, toward zero. Code 2's colour
-// narrows to 16 bits before its lower limit. Float colour: x 32767.5; float alpha
-// plane: x 32767 + 0.5; NaN gives 0.
+// Sample rules; a cut is the conversion to int, toward zero, and NaN gives 0. Code
+// 2's colour narrows to 16 bits before its lower limit; float colour is x 32767.5,
+// a float alpha plane x 32767 + 0.5. Y and chroma after the encode matrix: 8 bits
+// + 0.5, cut, offset, limited; 2.14 + 0.5, cut, limited; float Y limited, chroma only above.
 int expand8(int v) { return v << 7 | v >> 1; }
 int fromVideo(int v) { return std::max<int16_t>(0, static_cast<int16_t>((v - 16) * 32767 / 219)); }
 int decodeSample(int bytes, double v, bool alpha)
@@ -63,26 +64,17 @@ int decodeSample(int bytes, double v, bool alpha)
            : v > 0      ? int(std::min(v, 1.0) * (alpha ? 32767.0 : 32767.5) + (alpha ? 0.5 : 0.0))
                         : 0;
 }
-// One sample s (0..32767) encoded; then Y, chroma after the matrix: 8 bits + 0.5,
-// cut, offset and limited; 2.14 + 0.5, cut, limited; float Y limited, chroma only above.
 double encodeSample(int bytes, int s, bool alpha)
 {
     return bytes == 1 ? s >> 7
            : bytes == 2 ? s * 16384 / 32767
-           : alpha      ? static_cast<float>(s * 3.0518509447574615e-05)
-                        : static_cast<float>(s / 32767.0);
+                        : static_cast<float>(alpha ? s * 3.0518509447574615e-05 : s / 32767.0);
 }
-double encodeLuma(int bytes, float y)
+double quantise(int bytes, float v, bool chroma)
 {
-    return bytes == 1 ? std::clamp(int(y + 0.5f) + 16, 16, 235)
-           : bytes == 2 ? std::clamp(int(y + 0.5f), 0, 16384)
-                        : std::clamp(y, 0.0f, 1.0f);
-}
-double encodeChroma(int bytes, float c)
-{
-    return bytes == 1 ? std::clamp(int(c + 0.5f) + 128, 16, 240)
-           : bytes == 2 ? std::clamp(int(c + 0.5f), -8192, 8192)
-                        : std::min(c, 0.5f);
+    return bytes == 4   ? (chroma ? std::min(v, 0.5f) : std::clamp(v, 0.0f, 1.0f))
+           : bytes == 2 ? std::clamp(int(v + 0.5f), chroma ? -8192 : 0, chroma ? 8192 : 16384)
+                        : std::clamp(int(v + 0.5f) + (chroma ? 128 : 16), 16, chroma ? 240 : 235);
 }
 
 // A host buffer of one format. Pixel column x of buffer row r starts at unit
@@ -102,7 +94,9 @@ struct Buffer {
     {
         int16_t i;
         float x;
-        return f.bytes == 1 ? bytes[at] : f.bytes == 2 ? (std::memcpy(&i, &bytes[at], 2), i) : (std::memcpy(&x, &bytes[at], 4), x);
+        return f.bytes == 1   ? bytes[at]
+               : f.bytes == 2 ? (std::memcpy(&i, &bytes[at], 2), i)
+                              : (std::memcpy(&x, &bytes[at], 4), x);
     }
     void put(size_t at, double v)
     {
@@ -159,12 +153,9 @@ struct Buffer {
                 put(at + c * f.bytes, code == 2 && c < 3 ? p[2 - c] * 219 / 32767 + 16 : encodeSample(f.bytes, p[c], 0));
             if (f.family == 0 || x % 2 == 1)
                 continue;
-            put(at, encodeChroma(f.bytes, matrixRow(1, p)));
-            put(at + f.bytes, encodeLuma(f.bytes, matrixRow(0, p)));
-            if (x + 1 < width) {
-                put(at + 2 * f.bytes, encodeChroma(f.bytes, matrixRow(2, p)));
-                put(at + 3 * f.bytes, encodeLuma(f.bytes, matrixRow(0, p + 4)));
-            }
+            // Cb Y0 Cr Y1 (matrix rows 1 0 2 0), or Cb Y0 alone at the end of an odd row.
+            for (int k = 0; k < (x + 1 < width ? 4 : 2); ++k)
+                put(at + k * f.bytes, quantise(f.bytes, matrixRow(k % 2 ? 0 : k / 2 + 1, p + 4 * (k == 3)), k % 2 == 0));
         }
     }
 
