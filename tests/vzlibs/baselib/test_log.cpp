@@ -1,15 +1,19 @@
-// The library log: line format and clock, thresholds, level words, continuations.
+// The library log (line format and clock, thresholds, level words, continuations,
+// console copies) and the home and standard directories with the settings they come from.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <ctime>
+#include <fstream>
+#include <optional>
 #include <regex>
 #include <string>
 
 #include "tests/vzlibs/baselib/test_support.h"
-#include "vzlibs/baselib/log.h"
 #include "vzlibs/baselib/machine.h"
+#include "vzlibs/baselib/paths.h"
+#include "vzlibs/baselib/registry.h"
 
 namespace {
 
@@ -21,7 +25,7 @@ protected:
 
 TEST_F(LogTest, LinesShowTheTimeOfDayFromTheClockPairingWrappedAtMidnight)
 {
-    // Paired with 13:05:07.501 a hundred seconds ago, then 49 hours ago.
+    // Paired with 13:05:07.501 a hundred seconds ago, then 49 and 25 hours ago.
     const double day = (13 * 60 + 5) * 60 + 7.501;
     channel.clockBase = get_time_seconds() - 100.0;
     channel.dayBase = day - 100.0;
@@ -29,6 +33,7 @@ TEST_F(LogTest, LinesShowTheTimeOfDayFromTheClockPairingWrappedAtMidnight)
     channel.clockBase = get_time_seconds() - 49 * 3600.0;
     channel.dayBase = day;
     lib_log(LOG_ERROR, "ends in newline\n");
+    channel.clockBase = get_time_seconds() - 25 * 3600.0;
     lib_log(LOG_WARN, "100%%%% sure");  // formatted twice: "%%%%" to "%%" to "%"
     lib_log(LOG_INFO, "%s", "");
     // The hundredths depend on how long the lines took; they are left out.
@@ -72,29 +77,22 @@ TEST_F(LogTest, ThresholdLevelWordsAndContinuations)
     EXPECT_EQ(log.take(), "");
 
     // A channel without a stream takes stderr, even for a line it does not print.
-    FILE* captured = channel.stream;
-    channel.stream = nullptr;
+    FILE* captured = std::exchange(channel.stream, nullptr);
     channel.level = LOG_INFO;
     lib_log(LOG_DEBUG, "too high");
-    EXPECT_EQ(channel.stream, stderr);
-    channel.stream = captured;
+    EXPECT_EQ(std::exchange(channel.stream, captured), stderr);
 }
 
-TEST_F(LogTest, ConsoleLogCopiesToTheStreamOnlyWhenFileLoggingIsOn)
+TEST_F(LogTest, ConsoleCopiesOfLinesUnlessTheProcessHasAConsoleAndOfConsoleLogWhenFileLogging)
 {
     console_log("quiet %d\n", 1);
     EXPECT_EQ(log.take(), "");
     channel.fileLogging = 1;
     console_log("copied %d\n", 2);
     EXPECT_EQ(log.take(), "CONSOLE LOG:copied 2\n");
-}
 
-TEST_F(LogTest, ConsoleEchoCopiesLinesAndContinuationsUnlessTheProcessHasAConsole)
-{
-    // The console is the terminal if there is one, else stderr, sent to a file here.
-    std::FILE* file = std::tmpfile();
-    const int savedStderr = dup(2);
-    dup2(fileno(file), 2);
+    // The console is the terminal if there is one, else stderr, captured here.
+    ::testing::internal::CaptureStderr();
     for (const int owned : {0, 1})
         for (const int hasConsole : {0, 1}) {
             log_console_echo_owned = static_cast<uint8_t>(owned);
@@ -104,18 +102,66 @@ TEST_F(LogTest, ConsoleEchoCopiesLinesAndContinuationsUnlessTheProcessHasAConsol
             lib_log_continue("continued");
             log_console_echo = log_console_echo_owned = 0;
         }
-    dup2(savedStderr, 2);
-    close(savedStderr);
-    std::string echoed(4096, '\0');
-    std::rewind(file);
-    echoed.resize(std::fread(echoed.data(), 1, echoed.size(), file));
-    std::fclose(file);
-    log.take();
+    const std::string echoed = ::testing::internal::GetCapturedStderr();
     if (echoed.empty())
         GTEST_SKIP() << "the console is a terminal";
     EXPECT_EQ(std::regex_replace(echoed, std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d\\d "), ""),
               "(VZ LIB) INFO : echo 00\n(VZ LIB)                  : continued\n(VZ LIB) INFO : echo 10\n"
               "(VZ LIB)                  : continued\n(VZ LIB) INFO : echo 11\n(VZ LIB)                  : continued\n");
+}
+
+// VZ_HOME_DIR is put back at the end; the lookups log at TRACE, which the capture shows.
+class PathsTest : public ::testing::Test {
+protected:
+    ~PathsTest() override { saved ? setenv("VZ_HOME_DIR", saved->c_str(), 1) : unsetenv("VZ_HOME_DIR"); }
+    const std::optional<std::string> saved =
+        std::getenv("VZ_HOME_DIR") ? std::optional<std::string>(std::getenv("VZ_HOME_DIR")) : std::nullopt;
+    LogCapture log{LOG_TRACE};
+};
+
+TEST_F(PathsTest, HomeVariableGivesTheStandardDirectoriesAndIsLoggedAsItIs)
+{
+    setenv("VZ_HOME_DIR", "/srv/100%s home", 1);
+    EXPECT_STREQ(get_standard_directory(70), "/srv/100%s home/Settings");  // the published numbers
+    EXPECT_EQ(log.untimed(), "(VZ LIB) TRACE: get_home_directory() is returning: /srv/100%s home\n"
+                             "(VZ LIB) TRACE: get_standard_directory(70) is returning: /srv/100%s home/Settings\n");
+    std::string all;
+    for (const uint32_t number : {69u, 73u, 0u, 71u})
+        all += std::string(get_standard_directory(number)) + "|";
+    EXPECT_EQ(all, "/srv/100%s home|/srv/100%s home/Logs| | |");
+    setenv("VZ_HOME_DIR", "", 1);  // empty still counts
+    EXPECT_STREQ(get_standard_directory(VZ_DIR_SETTINGS), "/Settings");
+}
+
+TEST_F(PathsTest, TooLongHomeVariableMovesOnToTheNextSource)
+{
+    unsetenv("VZ_HOME_DIR");
+    const std::string fallback = get_home_directory();
+    if (access("/etc/" VZ_HOME_CONFIG_FILE, R_OK) != 0) {
+        EXPECT_EQ(fallback + "|" + log.untimed(), VZ_DEFAULT_HOME_DIR "|(VZ LIB) TRACE: get_home_directory() is "
+                                                  "returning utils hardwired DEFAULT: " VZ_DEFAULT_HOME_DIR "\n");
+    }
+    // 1022 characters and the NUL fit below 1024; one more does not.
+    const std::string path = "/" + std::string(1021, 'p');
+    setenv("VZ_HOME_DIR", path.c_str(), 1);
+    EXPECT_EQ(get_home_directory(), path);
+    setenv("VZ_HOME_DIR", (path + "q").c_str(), 1);
+    EXPECT_EQ(get_home_directory(), fallback);
+}
+
+TEST(ConfigFile, ValuesAreFoundByWholeNameOutsideCommentsAndTheFirstLineWins)
+{
+    const std::string path = ::testing::TempDir() + "vz_machine.conf";
+    std::ofstream(path) << "# Dir=/commented\nDirX=/longer name\nDir=/srv/apps\r\nDir=/second\nEmpty=\nLast=/end";
+    std::string found;
+    for (const char* name : {"Dir", "DirX", "Empty", "Last", "Missing", "# Dir"}) {
+        char* value = read_registry_string(path.c_str(), name);
+        found += std::string(name) + "=" + (value ? value : "<null>") + ";";
+        vz_free(value, __FILE__, __LINE__);
+    }
+    std::remove(path.c_str());
+    EXPECT_EQ(found, "Dir=/srv/apps;DirX=/longer name;Empty=;Last=/end;Missing=<null>;# Dir=<null>;");
+    EXPECT_EQ(read_registry_string(path.c_str(), "Dir"), nullptr);  // no file
 }
 
 }  // namespace

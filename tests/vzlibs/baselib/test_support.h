@@ -7,61 +7,39 @@
 #include <cstdlib>
 #include <regex>
 #include <string>
+#include <utility>
 
 #include "vzlibs/baselib/heap.h"
 #include "vzlibs/baselib/heap_internal.h"
 #include "vzlibs/baselib/log.h"
 
 // While it lives, the log writes into memory at the given threshold; take() returns
-// the text written since its last call. The channel is put back at the end.
-class LogCapture {
-public:
-    explicit LogCapture(int32_t level = LOG_INFO) : saved(lib_log_channel())
+// the text written since its last call, untimed() the same without the times of
+// day. The channel is put back at the end.
+struct LogCapture {
+    explicit LogCapture(int32_t level = LOG_INFO)
     {
-        lib_log_channel().stream = stream;
-        lib_log_channel().level = level;
-        lib_log_channel().lastLevel = -1;
+        LogChannel& c = lib_log_channel();
+        c.stream = stream, c.level = level, c.lastLevel = -1;
     }
-    ~LogCapture()
-    {
-        lib_log_channel() = saved;
-        std::fclose(stream);
-        std::free(buffer);
-    }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
-    std::string take()
-    {
-        std::fflush(stream);
-        std::string out(buffer + consumed, size - consumed);
-        consumed = size;
-        return out;
-    }
-    // As take(), with the time of day and its blank taken out of each line.
+    ~LogCapture() { lib_log_channel() = saved, std::fclose(stream), std::free(buffer); }
+    std::string take() { return std::fflush(stream), std::string(buffer + std::exchange(consumed, size), buffer + size); }
     std::string untimed() { return std::regex_replace(take(), std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d\\d "), ""); }
 
-private:
-    const LogChannel saved;
+    const LogChannel saved = lib_log_channel();
     char* buffer = nullptr;
     size_t size = 0, consumed = 0;
     FILE* stream = open_memstream(&buffer, &size);
 };
 
 // While it lives, the heap has the given switches and no hooks; both are put back at the end.
-class HeapSwitches {
-public:
+struct HeapSwitches {
     HeapSwitches(int32_t enabled, int32_t debug, int32_t trace)
     {
-        hm_set_allocators(nullptr, nullptr);
-        hm_configure(enabled, debug, trace);
+        hm_set_allocators(nullptr, nullptr), hm_configure(enabled, debug, trace);
     }
-    ~HeapSwitches()
-    {
-        hm_configure(saved[0], saved[1], saved[2]);
-        hm_set_allocators(&normal, &image);
-    }
+    ~HeapSwitches() { hm_configure(saved[0], saved[1], saved[2]), hm_set_allocators(&normal, &image); }
 
-private:
     const int32_t saved[3] = {hm_enabled, hm_debug, hm_trace};
     const hm_normal_allocator normal = hm_normal_hooks;
     const hm_image_allocator image = hm_image_hooks;
