@@ -1,115 +1,201 @@
-// What Render computes: pixel radii and margins, the image aperture's cut-out,
-// and defocused frames whose dots take the aperture's shape.
-#include <numeric>
+// What Render computes: pixel radii and margins, when the kernel is rebuilt
+// (counted by the engine's PrepareKernel calls), the image aperture's cut-out,
+// and defocused frames whose dots take the shape of the aperture.
+#include <gtest/gtest.h>
 
-#include "render_fixture.h"
+#include <cmath>
+#include <functional>
+#include <memory>
+
+#include "effect/Lumenveil.h"
+#include "generic/library/VZImage.h"
+#include "hostsdk/IDSImageEffectHost.h"
 
 namespace {
 
-using Render = RenderFixture;
+class Render : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        fx.matchRadii.value = 1;
+        fx.radiusX.value = fx.radiusY.value = 0.05;
+        fx.sides.value = 6;
+        fx.brightEmphasis.value = 1.0;
+        fx.centre.x = fx.centre.y = 0.5;
+    }
+    // New black frames, alpha opaque: input, output and, if asked, spread.
+    void frames(int w, int h, bool withSpread = false)
+    {
+        for (auto* frame : {&in, &out, &spread}) {
+            *frame = std::make_unique<VZImage>(w, h, 0, nullptr, 0u);
+            for (int y = 0; y < h; ++y)
+                for (int i = 0; i < w * 4; ++i)
+                    (*frame)->rows[y][i] = i % 4 == 3 ? 32767 : 0;
+        }
+        if (!withSpread)
+            spread.reset();
+    }
+    static void dot(VZImage& frame, int x, int y, uint16_t level = 32767)
+    {
+        frame.rows[y][x * 4] = frame.rows[y][x * 4 + 1] = frame.rows[y][x * 4 + 2] = level;
+    }
+    void render()
+    {
+        fx.input.image = in.get(), fx.output.image = out.get(), fx.spread.image = spread.get();
+        fx.Render();
+    }
+    // Renders and checks the running count of kernel builds.
+    void expectBuilds(uint32_t count, const char* why) { render(); EXPECT_EQ(fx.engine->kernelsPrepared, count) << why; }
+    uint16_t at(const VZImage& frame, int x, int y, int c = 0) const { return frame.rows[y][x * 4 + c]; }
 
-TEST_F(Render, RadiiAreFractionsOfTheWidthWithAHalfPixelFloor)
+    Lumenveil fx;
+    std::unique_ptr<VZImage> in, out, spread;
+};
+
+TEST_F(Render, KernelIsRebuiltWhenAShapingValueMovesByTheToleranceFromTheLastFrame)
+{
+    // Each step changes one value, then renders; the count of builds after it.
+    const std::tuple<const char*, std::function<void()>, uint32_t> steps[] = {
+        {"first frame", [&] { frames(64, 48); }, 1},
+        {"still", [] {}, 1},
+        {"sides, even for a circle", [&] { fx.sides.value = 7; }, 2},
+        {"width", [&] { frames(80, 48); }, 3},
+        {"height", [&] { frames(80, 40); }, 4},
+        {"shape", [&] { fx.shape.value = SHAPE_ELLIPSE; }, 5},
+        {"pixel aspect x", [&] { out->pixelAspect[0] = 1.25; }, 6},
+        {"pixel aspect y", [&] { out->pixelAspect[1] = 1.25; }, 7},
+        {"a step of exactly 0.01", [&] { fx.rotation.value = 0.01; }, 8},
+        {"a step of 0.009", [&] { fx.rotation.value = 0.019; }, 8}};
+    for (const auto& [why, change, count] : steps) {
+        change();
+        expectBuilds(count, why);
+    }
+    // A drift of 0.009 a frame in rotation and radius (0.05 x 40 px) never rebuilds.
+    for (int i = 1; i <= 20; ++i) {
+        fx.rotation.value = 0.019 + 0.009 * i;
+        fx.radiusX.value = (2.0 + 0.009 * i) / 40.0;
+        expectBuilds(8, "drift");
+    }
+    EXPECT_NEAR(fx.lastRotation, 0.199, 1e-6);
+    // A NaN counts as a change, and so does the step back from it.
+    fx.rotation.value = std::nan("");
+    render();
+    fx.rotation.value = 0.199;
+    expectBuilds(9, "after a NaN, which the engine refuses");
+}
+
+TEST_F(Render, RadiiAreFractionsOfTheWidthAndMatchRadiiActsOnPolygonsOnly)
 {
     frames(720, 8);
-    fx.radiusX.value = 0.1;  // 0.1 x 0.5 x 720 = 36 px; margin ceil(36) + 1
+    fx.radiusX.value = fx.radiusY.value = 0.1;  // 0.1 x 0.5 x 720 = 36 px, margin ceil(36) + 1
     render();
     EXPECT_EQ(fx.lastRadius1, 36.0f);
     EXPECT_EQ(fx.lastRadius2, 36.0f);
     EXPECT_EQ(fx.engine->padMargin, 37);
-    fx.radiusX.value = 0.0;  // 0.5 px, drawn as 1.0; margin ceil(0.5) + 1
+    // Steps as above, with the second pixel radius after each.
+    const std::tuple<const char*, std::function<void()>, uint32_t, float> steps[] = {
+        {"polygon", [&] { fx.shape.value = SHAPE_POLYGON; }, 2, 36.0f},
+        {"match radii off, RadiusY as big", [&] { fx.matchRadii.value = 0; }, 2, 36.0f},
+        {"RadiusY 0.2", [&] { fx.radiusY.value = 0.2; }, 3, 72.0f},
+        {"match radii on", [&] { fx.matchRadii.value = 1; }, 4, 36.0f},
+        {"circle", [&] { fx.shape.value = SHAPE_CIRCLE; }, 5, 36.0f},
+        {"a circle never reads RadiusY", [&] { fx.radiusY.value = 0.3; }, 5, 36.0f},
+        {"an ellipse always does", [&] { fx.shape.value = SHAPE_ELLIPSE; }, 6, 108.0f}};
+    for (const auto& [why, change, count, radius2] : steps) {
+        change();
+        expectBuilds(count, why);
+        EXPECT_EQ(fx.lastRadius2, radius2) << why;
+    }
+    // Radius 0 is half a pixel, margin ceil(0.5) + 1.
+    fx.radiusX.value = fx.radiusY.value = 0.0;
     render();
     EXPECT_EQ(fx.lastRadius1, 0.5f);
+    EXPECT_EQ(fx.lastRadius2, 0.5f);
     EXPECT_EQ(fx.engine->padMargin, 2);
-    // An ellipse takes RadiusY, also scaled by the width.
-    fx.shape.value = SHAPE_ELLIPSE;
-    fx.radiusY.value = 0.05;
-    render();
-    EXPECT_EQ(fx.lastRadius2, 18.0f);
 }
 
-TEST_F(Render, ImageApertureCutsAroundTheRoundedCentreBetweenThePsfRadiiInEitherOrder)
+TEST_F(Render, ImageApertureIsCutAroundTheRoundedCentreOnEveryFrame)
 {
     frames(64, 48, true);
-    // A ramp across the spread: 400 x column, whose top byte after the frame's
-    // doubling is (800 x column) >> 8.
-    for (int y = 0; y < 48; ++y)
+    // Rows above 32 a ramp across the spread: 400 x column, whose top byte after
+    // the frame's doubling is (800 x column) >> 8.
+    for (int y = 0; y < 32; ++y)
         for (int x = 0; x < 64; ++x)
             dot(*spread, x, y, uint16_t(400 * x));
     fx.shape.value = SHAPE_IMAGE;
     fx.centre.x = 0.26;  // (int)(64 x 0.26 + 0.5) = 17
-    fx.centre.y = 0.5;   // (int)(48 x 0.5 + 0.5) = 24
+    fx.centre.y = 0.6;   // (int)(48 x 0.6 + 0.5) = 29
     fx.radiusPsf1.value = 0.2;
     fx.radiusPsf2.value = 0.1;
     render();
     // a = 0.1 x 64 x 0.5 = 3.2, b = 6.4: margin ceil(6.4) + 1.
     EXPECT_EQ(fx.engine->padMargin, 8);
-    const std::vector<unsigned char> swapped(static_cast<unsigned char*>(fx.engine->psfImage->pixels),
-                                             static_cast<unsigned char*>(fx.engine->psfImage->pixels) + 64 * 48);
-    fx.radiusPsf1.value = 0.1;
-    fx.radiusPsf2.value = 0.2;
-    render();
     const auto* psf = static_cast<const unsigned char*>(fx.engine->psfImage->pixels);
+    const std::vector<unsigned char> swapped(psf, psf + 64 * 48);
+    std::swap(fx.radiusPsf1.value, fx.radiusPsf2.value);
+    render();
+    psf = static_cast<const unsigned char*>(fx.engine->psfImage->pixels);
     EXPECT_TRUE(std::equal(swapped.begin(), swapped.end(), psf));
     // Column 17 lands in the middle at full weight; column 22, 5 px out, lies
-    // (5 - 3.2) / 3.2 into the fall-off.
+    // (5 - 3.2) / 3.2 into the fall-off. Row 31 is lit, row 32 dark.
     EXPECT_EQ(psf[24 * 64 + 32], (800 * 17) >> 8);
     EXPECT_EQ(psf[24 * 64 + 37], int(((800 * 22) >> 8) * (1.0 - 1.8 / 3.2)));
+    EXPECT_EQ(psf[26 * 64 + 32], (800 * 17) >> 8);
+    EXPECT_EQ(psf[27 * 64 + 32], 0);
     // Equal radii: the softness becomes one pixel, margin ceil(3.2 + 1) + 1.
     fx.radiusPsf2.value = 0.1;
-    render();
+    expectBuilds(3, "image shape, every frame");
     EXPECT_EQ(fx.engine->padMargin, 6);
-}
-
-// Sum of channel 0 over the frame.
-double total(const VZImage& frame)
-{
-    double sum = 0;
-    for (int y = 0; y < frame.height; ++y)
-        for (uint32_t x = 0; x < frame.width; ++x)
-            sum += frame.rows[y][x * 4];
-    return sum;
+    spread.reset();
+    expectBuilds(3, "no spread record, no kernel");
 }
 
 TEST_F(Render, DotsTakeTheShapeOfTheAperture)
 {
-    const int W = 128, H = 96;
     const int dots[][2] = {{32, 32}, {96, 64}};
-    auto scene = [&] {
-        frames(W, H, true);
-        for (const auto& d : dots)
-            dot(*in, d[0], d[1]);
-    };
+    frames(128, 96, true);
+    for (const auto& d : dots)
+        dot(*in, d[0], d[1]);
     // Circle of radius 0.1 x 64 = 12.8 px: lit inside, dark outside.
-    scene();
     fx.radiusX.value = 0.2;
     render();
     for (const auto& d : dots)
         for (int angle = 0; angle < 360; angle += 30) {
-            const double a = angle * 3.141592653589793 / 180.0;
-            const int ix = d[0] + int(std::lround(11.0 * std::cos(a))), iy = d[1] + int(std::lround(11.0 * std::sin(a)));
-            const int ox = d[0] + int(std::lround(14.5 * std::cos(a))), oy = d[1] + int(std::lround(14.5 * std::sin(a)));
-            EXPECT_GT(at(*out, ix, iy), 40) << angle;
-            EXPECT_LE(at(*out, ox, oy), 1) << angle;
+            const double c = std::cos(angle * M_PI / 180.0), s = std::sin(angle * M_PI / 180.0);
+            EXPECT_GT(at(*out, d[0] + int(std::lround(11.0 * c)), d[1] + int(std::lround(11.0 * s))), 40) << angle;
+            EXPECT_LE(at(*out, d[0] + int(std::lround(14.5 * c)), d[1] + int(std::lround(14.5 * s))), 1) << angle;
         }
-    // Emphasis 1 keeps the frame's light; 50 makes the dots outshine it.
-    const double kept = total(*out), given = total(*in);
-    EXPECT_NEAR(kept, given, given * 0.01);
+    // Emphasis 1 keeps the frame's light (two dots' worth); 50 makes the dots outshine it.
+    double sum = 0;
+    for (int y = 0; y < 96; ++y)
+        for (int x = 0; x < 128; ++x)
+            sum += at(*out, x, y);
+    EXPECT_NEAR(sum, 2 * 32767.0, 2 * 327.67);
     const uint16_t plain = at(*out, 32 + 6, 32);
     fx.brightEmphasis.value = 50.0;
     render();
     EXPECT_GT(at(*out, 32 + 6, 32), plain * 2);
-
+    // Ellipse of 12.8 by 6.4 px.
+    fx.brightEmphasis.value = 1.0;
+    fx.shape.value = SHAPE_ELLIPSE;
+    fx.radiusY.value = 0.1;
+    render();
+    EXPECT_GT(at(*out, 32 + 11, 32), 40);
+    EXPECT_LE(at(*out, 32, 32 + 9), 1);
     // Hexagon turned by 30 degrees: vertices on the y axis, flat sides left and
     // right. Circumradius 12.8, apothem 11.1: at 12 px a vertex is lit, a side not.
-    fx.brightEmphasis.value = 1.0;
     fx.shape.value = SHAPE_POLYGON;
-    fx.sides.value = 6;
     fx.rotation.value = 30.0;
     render();
     EXPECT_GT(at(*out, 32, 32 + 12), 20);
     EXPECT_LE(at(*out, 32 + 12, 32), 1);
     EXPECT_GT(at(*out, 32 + 10, 32), 40);
-
+    // A square unturned: a vertex on the x axis, (7, 7) beyond the side |x| + |y| = 12.8.
+    fx.sides.value = 4;
+    fx.rotation.value = 0.0;
+    render();
+    EXPECT_GT(at(*out, 32 + 12, 32), 20);
+    EXPECT_LE(at(*out, 32 + 7, 32 + 7), 1);
     // Image aperture: a bright 5 x 5 square in the spread frame around the centre
     // becomes a square around each dot.
     fx.shape.value = SHAPE_IMAGE;
@@ -119,7 +205,7 @@ TEST_F(Render, DotsTakeTheShapeOfTheAperture)
             dot(*spread, 64 + x, 48 + y);
     render();
     for (const auto& d : dots) {
-        EXPECT_GT(at(*out, d[0] + 2, d[1] + 2), 1000);  // corner inside the square
+        EXPECT_GT(at(*out, d[0] + 2, d[1] + 2), 1000);
         EXPECT_LE(at(*out, d[0] + 3, d[1]), 1);
         EXPECT_LE(at(*out, d[0], d[1] - 3), 1);
     }
@@ -127,10 +213,6 @@ TEST_F(Render, DotsTakeTheShapeOfTheAperture)
 
 TEST_F(Render, RefusedFrameSizeLeavesTheFrameAsItCameAndAlphaFollowsTheFlag)
 {
-    frames(64, 48);
-    dot(*in, 20, 20);
-    render();
-    ASSERT_GT(at(*out, 21, 20), 0);
     // A radius far beyond every transform: the engine refuses, the output is the
     // input as it came, and nothing is written out of bounds.
     frames(96, 48);
@@ -139,18 +221,34 @@ TEST_F(Render, RefusedFrameSizeLeavesTheFrameAsItCameAndAlphaFollowsTheFlag)
     render();
     EXPECT_EQ(at(*out, 20, 20), 32767);
     EXPECT_EQ(at(*out, 21, 20), 0);
-    // With the alpha flag clear alpha is the input's, even where the engine
-    // would have blurred it.
+    // With the alpha flag set alpha is blurred; clear, it is the input's.
     fx.radiusX.value = 0.05;
     for (int y = 0; y < 48; ++y)
         for (int x = 0; x < 96; ++x)
             in->rows[y][x * 4 + 3] = uint16_t((x % 2) * 32767);
     render();
+    EXPECT_GT(at(*out, 21, 20), 0);
     EXPECT_NEAR(at(*out, 40, 20, 3), 16383, 2000);
     fx.alphaEnabled = 0;
     render();
     for (int x = 0; x < 96; ++x)
         ASSERT_EQ(at(*out, x, 20, 3), (x % 2) * 32767);
+}
+
+TEST(PluginVZ, ShouldAbortStopsOnAnAnswerOfZeroOrLess)
+{
+    struct Monitor : IDSImageEffectHost {
+        int32_t answer = 1;
+        HRESULT FetchInput(int32_t, double, uint64_t, IUnknown**) override { return E_FAIL; }
+        int32_t ShouldContinue() override { return answer; }
+    } monitor;
+    PluginVZ plugin;
+    EXPECT_EQ(PluginVZ::ShouldAbort(&plugin), 0);  // no host link: go on
+    plugin.renderMonitor = &monitor;
+    for (int32_t answer : {1, 7, 0, -1}) {
+        monitor.answer = answer;
+        EXPECT_EQ(PluginVZ::ShouldAbort(&plugin), answer > 0 ? 0 : 1) << answer;
+    }
 }
 
 }  // namespace

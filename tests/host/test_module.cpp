@@ -1,14 +1,88 @@
-// The module as a COM server: class objects, aggregation, the marshaler, the
-// unload count, registration; and the effect's defaults and identity.
+// The effect module driven as a host drives it: loaded, its class objects,
+// registration and defaults; then Execute with presets, animation, every output
+// format, channel selectors, fields, cancellation and clones.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "effect/Lumenveil.h"
+#include "host/LumenveilProperties.h"
+#include "host/Plug.h"
+#include "hostsdk/IDSImage.h"
+#include "hostsdk/IDSImageEffect.h"
+#include "hostsdk/IDSImageEffectHost.h"
+#include "hostsdk/IDSProperties.h"
 #include "hostsdk/com.h"
+#include "hostsdk/image_format_geometry.h"
+#include "hostsdk/image_formats.h"
+#include "hostsdk/module_library.h"
 #include "hostsdk/registration.h"
-#include "module_fixture.h"
 
 namespace {
 
-using Module = ModuleFixture;
+// Releases a COM reference when it goes.
+template <typename T> struct Ref {
+    T* p = nullptr;
+    ~Ref() { if (p) p->Release(); }
+    T* operator->() const { return p; }
+    void** out() { return reinterpret_cast<void**>(&p); }
+};
 
-TEST_F(Module, ClassObjectsAndTheUnloadCount)
+class Module : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        std::string error;
+        module = ModuleLibrary::Open(LUMENVEIL_MODULE_PATH, &error).release();
+        ASSERT_NE(module, nullptr) << error;
+    }
+    static void TearDownTestSuite() { delete module; }
+
+    // A new effect through the factory, as its IDSImageEffect.
+    IDSImageEffect* create()
+    {
+        Ref<IClassFactory> factory;
+        EXPECT_EQ(module->DllGetClassObject(CLSID_Plug, IID_IClassFactory, factory.out()), S_OK);
+        IDSImageEffect* effect = nullptr;
+        EXPECT_EQ(factory->CreateInstance(nullptr, IID_IDSImageEffect, reinterpret_cast<void**>(&effect)), S_OK);
+        return effect;
+    }
+    static IDSProperties* properties(IDSImageEffect* effect)
+    {
+        IDSProperties* props = nullptr;
+        effect->QueryInterface(IID_IDSProperties, reinterpret_cast<void**>(&props));
+        props->Release();  // the effect keeps it alive
+        return props;
+    }
+    static void set(IDSImageEffect* effect, const GUID& guid, double value)
+    {
+        VARIANT v = VariantReal(value);
+        ASSERT_EQ(properties(effect)->SetProperty(guid, &v), S_OK);
+    }
+    // A property as a number, whatever its type.
+    static double get(IDSImageEffect* effect, const GUID& guid, double time = -1.0)
+    {
+        VARIANT v;
+        VariantInit(&v);
+        properties(effect)->GetProperty(guid, &v, time);
+        return v.vt == VT_I4 ? v.lVal : v.vt == VT_BOOL ? v.boolVal != 0 : v.vt == VT_UI4 ? v.ulVal : v.dblVal;
+    }
+    // The effect's Lumenveil, through the handle property the page and tool read.
+    static const Lumenveil* lumenveilOf(IDSImageEffect* effect)
+    {
+        VARIANT v;
+        VariantInit(&v);
+        properties(effect)->GetProperty(PROPID_LumenveilHandle, &v, -1.0);
+        return reinterpret_cast<const Lumenveil*>(static_cast<uintptr_t>(v.ullVal));
+    }
+
+    static inline ModuleLibrary* module = nullptr;
+};
+
+TEST_F(Module, ClassObjectsHoldTheUnloadCount)
 {
     EXPECT_EQ(module->DllCanUnloadNow(), S_OK);
     void* out = &out;
@@ -16,7 +90,6 @@ TEST_F(Module, ClassObjectsAndTheUnloadCount)
     EXPECT_EQ(module->DllGetClassObject(unknownClass, IID_IClassFactory, &out), CLASS_E_CLASSNOTAVAILABLE);
     EXPECT_EQ(out, nullptr);
     EXPECT_EQ(module->DllGetClassObject(CLSID_Plug, IID_IClassFactory, nullptr), E_POINTER);
-
     IDSImageEffect* effect = nullptr;
     {
         Ref<IClassFactory> factory;
@@ -26,10 +99,8 @@ TEST_F(Module, ClassObjectsAndTheUnloadCount)
         out = &out;
         EXPECT_EQ(factory->CreateInstance(factory.p, IID_IDSImageEffect, &out), CLASS_E_NOAGGREGATION);
         EXPECT_EQ(out, nullptr);
-        // The free-threaded marshaler answers IID_IMarshal for the factory.
         Ref<IUnknown> marshaler;
         EXPECT_EQ(factory->QueryInterface(IID_IMarshal, marshaler.out()), S_OK);
-        EXPECT_NE(marshaler.p, nullptr);
         EXPECT_EQ(factory->QueryInterface(IID_IDSImage, &out), E_NOINTERFACE);
         ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDSImageEffect, reinterpret_cast<void**>(&effect)), S_OK);
     }
@@ -42,9 +113,8 @@ TEST_F(Module, RegistersItsClassesAndFamilies)
 {
     ASSERT_EQ(module->DllRegisterServer(), S_OK);
     const std::vector<RegisteredEffect> effects = DSListRegisteredEffects();
-    const std::pair<GUID, std::string> want[] = {
-        {CLSID_Plug, "LumenveilVZ"}, {CLSID_PPG_PageOne, "VZ Lumenveil"}, {CLSID_IT, "Interactive Tool"}};
-    for (const auto& [clsid, name] : want) {
+    for (const auto& [clsid, name] : {std::pair{CLSID_Plug, "LumenveilVZ"}, {CLSID_PPG_PageOne, "VZ Lumenveil"},
+                                      {CLSID_IT, "Interactive Tool"}}) {
         bool found = false;
         for (const RegisteredEffect& e : effects)
             found = found || (e.clsid == clsid && e.name == name);
@@ -55,23 +125,21 @@ TEST_F(Module, RegistersItsClassesAndFamilies)
     EXPECT_EQ(families[0].families.size(), 4u);
     EXPECT_EQ(families[0].flags, 1);
     EXPECT_EQ(module->DllUnregisterServer(), S_OK);
-    EXPECT_TRUE(DSListRegisteredEffects().empty());
-    EXPECT_TRUE(DSListRegisteredFamilies().empty());
+    EXPECT_TRUE(DSListRegisteredEffects().empty() && DSListRegisteredFamilies().empty());
 }
 
 TEST_F(Module, NewEffectHasTheDefaultsAndItsIdentity)
 {
-    Ref<IDSImageEffect> effect(create());
+    Ref<IDSImageEffect> effect{create()};
     const std::pair<const GUID*, double> defaults[] = {
-        {&PROPID_Shape, 0},         {&PROPID_MatchRadii, 1},     {&PROPID_RadiusX, 0.03},
-        {&PROPID_RadiusY, 0.03},    {&PROPID_Sides, 6},          {&PROPID_Rotation, 0.0},
-        {&PROPID_BrightEmphasis, 50.0}, {&PROPID_EmphasiseAlpha, 0}, {&PROPID_ExtremePrecision, 0},
-        {&PROPID_CentreX, 0.5},     {&PROPID_CentreY, 0.5},      {&PROPID_RadiusPSF1, 0.1},
-        {&PROPID_RadiusPSF2, 0.15}, {&PROPID_ChangeCount, 0}};
+        {&PROPID_Shape, 0},     {&PROPID_MatchRadii, 1},  {&PROPID_RadiusX, 0.03},        {&PROPID_RadiusY, 0.03},
+        {&PROPID_Sides, 6},     {&PROPID_Rotation, 0.0},  {&PROPID_BrightEmphasis, 50.0}, {&PROPID_EmphasiseAlpha, 0},
+        {&PROPID_CentreX, 0.5}, {&PROPID_CentreY, 0.5},   {&PROPID_RadiusPSF1, 0.1},      {&PROPID_RadiusPSF2, 0.15},
+        {&PROPID_ChangeCount, 0}, {&PROPID_ExtremePrecision, 0}};
     for (const auto& [guid, value] : defaults)
         EXPECT_EQ(get(effect.p, *guid), value) << FormatGuid(*guid);
     EXPECT_NE(lumenveilOf(effect.p), nullptr);
-    // Sixteen properties in the map; names as the table gives them.
+    // Sixteen properties in the map; names and keys as the table gives them.
     const CDSPropertiesMap* map = nullptr;
     ASSERT_EQ(properties(effect.p)->GetPropertiesMap(&map), S_OK);
     EXPECT_EQ(*map->count, 16u);
@@ -91,9 +159,271 @@ TEST_F(Module, NewEffectHasTheDefaultsAndItsIdentity)
     EXPECT_EQ(effect->IsFormatSupported(MFIF_CbYCrY709A_FLOAT), S_OK);
     EXPECT_EQ(effect->IsFormatSupported(GUID{}), S_FALSE);
     // Verify wants an input as well as the output.
-    Ref<MemoryImage> out(MemoryImage::Create(MFIF_RGBA_RAW_32, 8, 8));
+    Ref<MemoryImage> out{MemoryImage::Create(MFIF_RGBA_RAW_32, 8, 8)};
     effect->SetOutput(out.p);
     EXPECT_EQ(effect->Verify(), E_POINTER);
+}
+
+constexpr int W = 32, H = 24;
+
+// An 8-bit R G B A image, top-down, filled by `pixel(x, y, channel)`.
+template <typename F> MemoryImage* rgba8(F pixel)
+{
+    MemoryImage* image = MemoryImage::Create(MFIF_RGBA_RAW_32, W, H);
+    for (int i = 0; i < W * H * 4; ++i)
+        image->Data()[i] = static_cast<uint8_t>(pixel(i / 4 % W, i / 4 / W, i % 4));
+    return image;
+}
+
+// An effect with a white dot on black and a radius of 0.2 x 0.5 x 32 = 3.2 px.
+class Execute : public Module {
+protected:
+    void SetUp() override
+    {
+        effect.p = create();
+        set(effect.p, PROPID_BrightEmphasis, 1.0);
+        set(effect.p, PROPID_RadiusX, 0.2);
+        input.p = rgba8([](int x, int y, int c) { return c == 3 || (x == 16 && y == 12) ? 255 : 0; });
+        output.p = MemoryImage::Create(MFIF_RGBA_RAW_32, W, H);
+        connect(effect.p, output.p);
+    }
+    void connect(IDSImageEffect* fx, MemoryImage* out)
+    {
+        fx->SetEffectHost(&host);
+        fx->SetInput(input.p);
+        fx->SetOutput(out);
+    }
+    std::vector<uint8_t> run(IDSImageEffect* fx, MemoryImage* out, double time = 0.0)
+    {
+        std::memset(out->Data(), 0, out->Bytes());
+        EXPECT_EQ(fx->Execute(time), S_OK);
+        return {out->Data(), out->Data() + out->Bytes()};
+    }
+    // A byte of the output after filling it with `fill` and executing.
+    uint8_t untouched(HRESULT expected, uint8_t fill = 7)
+    {
+        std::memset(output->Data(), fill, output->Bytes());
+        EXPECT_EQ(effect->Execute(0.0), expected);
+        return output->Data()[100];
+    }
+    ImageEffectHost host;
+    Ref<IDSImageEffect> effect;
+    Ref<MemoryImage> input, output;
+};
+
+TEST_F(Execute, PresetRoundTripGivesTheSameFrameAndBadPresetsChangeNothing)
+{
+    set(effect.p, PROPID_Shape, 2);
+    set(effect.p, PROPID_Sides, 5);
+    set(effect.p, PROPID_BrightEmphasis, 1.25);
+    ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_Rotation, 0.0, 0.0), S_OK);
+    ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_Rotation, 1.0, 72.0), S_OK);
+    std::string saved, error, before, after;
+    ASSERT_EQ(properties(effect.p)->SavePresetText(&saved), S_OK);
+    const std::vector<uint8_t> original = run(effect.p, output.p, 0.3);
+
+    Ref<IDSImageEffect> other{create()};
+    Ref<MemoryImage> otherOut{MemoryImage::Create(MFIF_RGBA_RAW_32, W, H)};
+    connect(other.p, otherOut.p);
+    ASSERT_EQ(properties(other.p)->LoadPresetText(saved, &error), S_OK) << error;
+    EXPECT_EQ(get(other.p, PROPID_Rotation, 0.5), 36.0);
+    EXPECT_EQ(run(other.p, otherOut.p, 0.3), original);
+    EXPECT_NE(lumenveilOf(other.p), lumenveilOf(effect.p));  // the handle is never loaded
+
+    // Each kind of bad preset is refused whole.
+    auto replaced = [&saved](const std::string& from, const std::string& to) {
+        std::string text = saved;
+        const size_t at = text.find(from);
+        return at == std::string::npos ? std::string() : text.replace(at, from.size(), to);
+    };
+    const std::string bad[] = {
+        saved.substr(0, saved.size() / 2),                                                              // malformed
+        replaced("{CFC5802F-398D-437B-993F-52735F8AEBE0}", "{CFC5802F-398D-437B-993F-52735F8AEBE1}"),  // unknown
+        replaced("\"value\": 0.2", "\"value\": \"wide\""),                                              // wrong type
+        replaced("\"value\": 0.2", "\"value\": 0.5"),                                                   // RadiusX above 0.3
+        replaced("\"value\": 5", "\"value\": 21"),                                                      // Sides above 20
+        replaced("\"value\": 1.25", "\"value\": 0.5"),                                                  // Emphasis below 1
+    };
+    properties(other.p)->SavePresetText(&before);
+    for (const std::string& text : bad) {
+        ASSERT_FALSE(text.empty());
+        error.clear();
+        EXPECT_EQ(properties(other.p)->LoadPresetText(text, &error), E_INVALIDARG);
+        EXPECT_FALSE(error.empty());
+        properties(other.p)->SavePresetText(&after);
+        EXPECT_EQ(after, before);
+    }
+}
+
+TEST_F(Execute, ParametersReachTheRenderAtTheFrameTimeAndAKeyedRadiusRebuildsOnlyWhereItChanges)
+{
+    const std::pair<const GUID*, double> values[] = {
+        {&PROPID_Shape, 2},        {&PROPID_MatchRadii, 0},   {&PROPID_RadiusY, 0.15},  {&PROPID_Sides, 5},
+        {&PROPID_Rotation, 12.5},  {&PROPID_BrightEmphasis, 3.5}, {&PROPID_CentreX, 0.25}, {&PROPID_CentreY, 0.75},
+        {&PROPID_RadiusPSF1, 0.3}, {&PROPID_RadiusPSF2, 0.4}};
+    for (const auto& [guid, value] : values)
+        set(effect.p, *guid, value);
+    // RadiusX still for frames 0 to 4, then 0.01 more each frame up to frame 9 (25 fps).
+    for (const auto& [frame, value] : {std::pair{0, 0.05}, {4, 0.05}, {9, 0.10}})
+        ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_RadiusX, frame / 25.0, value), S_OK);
+    const Lumenveil* fx = lumenveilOf(effect.p);
+    for (int frame = 0; frame < 10; ++frame) {
+        run(effect.p, output.p, frame / 25.0);
+        const double radiusX = frame <= 4 ? 0.05 : 0.05 + 0.01 * (frame - 4);
+        EXPECT_NEAR(fx->radiusX.value, radiusX, 1e-12) << frame;
+        EXPECT_EQ(fx->lastRadius1, float(radiusX * 0.5 * W)) << frame;
+        EXPECT_EQ(fx->engine->kernelsPrepared, uint32_t(frame <= 4 ? 1 : frame - 3)) << frame;
+    }
+    const double read[] = {double(fx->shape.value), double(fx->matchRadii.value), fx->radiusY.value,
+                           double(fx->sides.value), fx->rotation.value, fx->brightEmphasis.value, fx->centre.x,
+                           fx->centre.y, fx->radiusPsf1.value, fx->radiusPsf2.value};
+    for (size_t i = 0; i < std::size(values); ++i)
+        EXPECT_EQ(read[i], values[i].second + (i == 0 ? 1 : 0)) << i;  // Shape codes count from 1
+}
+
+TEST_F(Execute, EveryKnownOutputFormatRendersAndBadFramesLeaveTheOutputUntouched)
+{
+    // A flat frame stays flat: every pixel unit of the output is the first one,
+    // and the output is written.
+    Ref<MemoryImage> flat{rgba8([](int, int, int c) { return c == 3 ? 255 : 60 + 50 * c; })};
+    effect->SetInput(flat.p);
+    for (int code = 1; code <= 15; ++code) {
+        const HostFormatGeometry* f = hostFormatGeometry(code);
+        Ref<MemoryImage> out{MemoryImage::Create(*f->guid, W, H)};
+        effect->SetOutput(out.p);
+        ASSERT_EQ(effect->Execute(0.0), S_OK) << f->name;
+        const size_t unit = size_t(f->samplesPerPixel) * f->sampleBytes * (f->pairs ? 2 : 1);
+        const size_t colour = hostColourPlaneBytes(code, W, H);
+        bool written = false;
+        for (size_t i = 0; i < colour; ++i) {
+            ASSERT_EQ(out->Data()[i], out->Data()[i % unit]) << f->name << " byte " << i;
+            written = written || out->Data()[i] != 0;
+        }
+        EXPECT_TRUE(written) << f->name;
+        for (size_t i = colour + f->sampleBytes; i < out->Bytes(); ++i)
+            ASSERT_EQ(out->Data()[i], out->Data()[colour + i % f->sampleBytes]) << f->name;
+    }
+    // The sixteenth format: refused as output, and as input with a known output.
+    Ref<MemoryImage> last{MemoryImage::Create(MFIF_CbYCrY709A_FLOAT, W, H)};
+    effect->SetOutput(last.p);
+    EXPECT_EQ(effect->Execute(0.0), E_UNEXPECTED);
+    effect->SetInput(last.p);
+    effect->SetOutput(output.p);
+    EXPECT_EQ(untouched(E_FAIL), 7);
+    // A Spread smaller than the region: refused for the Image shape, which reads
+    // it; any other shape does not read it. A region outside the buffers: refused.
+    effect->SetInput(input.p);
+    Ref<MemoryImage> small{MemoryImage::Create(MFIF_RGBA_RAW_32, W / 2, H)};
+    host.SetInput(1, small.p);
+    set(effect.p, PROPID_Shape, 3);
+    EXPECT_EQ(untouched(E_FAIL), 7);
+    set(effect.p, PROPID_Shape, 0);
+    EXPECT_NE(untouched(S_OK), 7);
+    host.SetInput(1, nullptr);
+    effect->SetROI(0, 0, 8, 0, W, H);
+    EXPECT_EQ(untouched(E_INVALIDARG), 7);
+}
+
+TEST_F(Execute, SelectorsKeepInputChannelsWithGreenAndBlueCrossedAndMatteByAlpha)
+{
+    const std::vector<uint8_t> all = run(effect.p, output.p);
+    const size_t dot = (12 * W + 16) * 4;
+    ASSERT_LT(all[dot], 255);  // the dot is spread
+    // Selector n at 0 keeps channel n of the input, but 1 keeps blue and 2 green.
+    const int kept[4] = {0, 2, 1, 3};
+    for (int s = 0; s < 4; ++s) {
+        int32_t selectors[4] = {1, 1, 1, 1};
+        selectors[s] = 0;
+        effect->SetChannelMask(selectors);
+        run(effect.p, output.p);
+        for (int c = 0; c < 4; ++c)
+            EXPECT_EQ(output->Data()[dot + c], c == kept[s] ? 255 : all[dot + c]) << s << c;
+    }
+    // Matte, in 2.14 where one step of the blend shows, on columns lit in turn
+    // left of 16 with alpha 0, and a dot at (24, 12) right of it with alpha 1:
+    // alpha 0 keeps the input whole, full alpha takes the effect's colour and
+    // the input's alpha.
+    Ref<MemoryImage> matted{MemoryImage::Create(MFIF_RGBA_S2_14, W, H)};
+    Ref<MemoryImage> mattedOut{MemoryImage::Create(MFIF_RGBA_S2_14, W, H)};
+    const int code = hostFormatCodeOf(MFIF_RGBA_S2_14);
+    auto sample = [&](MemoryImage* image, int x, int y, int c) -> int16_t& {
+        return reinterpret_cast<int16_t*>(image->Data())[(size_t(hostBufferRow(code, H, y)) * W + x) * 4 + c];
+    };
+    constexpr int16_t kOne = 16384;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x)
+            for (int c = 0; c < 4; ++c)
+                sample(matted.p, x, y, c) =
+                    c == 3 ? (x < 16 ? 0 : kOne) : ((x < 16 && x % 2 == 0) || (x == 24 && y == 12)) ? kOne : 0;
+    effect->SetInput(matted.p);
+    effect->SetOutput(mattedOut.p);
+    const int32_t matte[4] = {1, 1, 1, 2};
+    effect->SetChannelMask(matte);
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    for (int c = 0; c < 4; ++c) {
+        EXPECT_EQ(sample(mattedOut.p, 8, 12, c), c < 3 ? kOne : 0);
+        EXPECT_EQ(sample(mattedOut.p, 9, 12, c), 0);
+    }
+    EXPECT_EQ(sample(mattedOut.p, 17, 12, 3), kOne);
+    for (int c = 0; c < 3; ++c) {
+        EXPECT_LT(sample(mattedOut.p, 24, 12, c), kOne);
+        EXPECT_GT(sample(mattedOut.p, 25, 12, c), 0);
+    }
+}
+
+TEST_F(Execute, FieldMasksKeepOneFieldOrNone)
+{
+    // Even rows red 200, odd rows red 100, in a top-down buffer.
+    Ref<MemoryImage> fields{rgba8([](int, int y, int c) { return c == 3 ? 255 : c == 0 ? (y % 2 ? 100 : 200) : 0; })};
+    effect->SetInput(fields.p);
+    for (uint32_t mask : {1u, 2u, 3u}) {
+        effect->SetFieldMask(mask);
+        run(effect.p, output.p);
+        // Mask 1 writes the even rows, mask 2 the odd ones, both bits none.
+        for (int y = 4; y < 8; ++y) {
+            const bool written = mask != 3 && (y % 2 == 0) == (mask == 1);
+            EXPECT_EQ(output->Data()[(y * W + 10) * 4], written ? (y % 2 ? 100 : 200) : 0) << mask << " row " << y;
+        }
+    }
+}
+
+TEST_F(Execute, StopOnEntryOrDuringTheRenderLeavesTheOutputUntouched)
+{
+    host.Stop();
+    EXPECT_EQ(untouched(S_OK, 9), 9);
+    // A host that, at its fourth poll (the first of the render's rows), has
+    // another thread switch it to stop and waits until that is done.
+    struct StoppingHost : ImageEffectHost {
+        std::atomic<int> seen{0};
+        int32_t ShouldContinue() override
+        {
+            if (++seen == 4)
+                std::thread([this] { Stop(); }).join();
+            return ImageEffectHost::ShouldContinue();
+        }
+    } stopping;
+    effect->SetEffectHost(&stopping);
+    untouched(S_OK, 9);
+    for (size_t i = 0; i < output->Bytes(); ++i)
+        ASSERT_EQ(output->Data()[i], 9);
+}
+
+TEST_F(Execute, ClonesShareTheRenderAndKeepTheirOwnAnimation)
+{
+    ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_Sides, 0.0, 7.0), S_OK);
+    Ref<IDSImageEffect> clone;
+    ASSERT_EQ(effect->Clone(IID_IDSImageEffect, clone.out()), S_OK);
+    EXPECT_EQ(lumenveilOf(clone.p), lumenveilOf(effect.p));
+    EXPECT_EQ(properties(clone.p)->IsPropertyAnimated(PROPID_Sides), S_OK);
+    set(effect.p, PROPID_RadiusX, 0.1);
+    EXPECT_EQ(get(clone.p, PROPID_RadiusX), 0.2);
+    ASSERT_EQ(properties(clone.p)->SetPropertyKey(PROPID_Rotation, 0.0, 5.0), S_OK);
+    EXPECT_EQ(properties(effect.p)->IsPropertyAnimated(PROPID_Rotation), S_FALSE);
+    // The clone's Execute sets the shared Lumenveil's values.
+    Ref<MemoryImage> out{MemoryImage::Create(MFIF_RGBA_RAW_32, W, H)};
+    connect(clone.p, out.p);
+    run(clone.p, out.p);
+    EXPECT_EQ(lumenveilOf(effect.p)->rotation.value, 5.0);
 }
 
 }  // namespace

@@ -1,0 +1,250 @@
+// The controls of a Lumenveil on a property page with all their widgets: what
+// Shape and Match Radii show, how values are read, and the overlay of the image
+// aperture, what it draws and how drags reach the page and the properties.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "effect/Lumenveil.h"
+#include "hostsdk/CDSBasePropertyPage.h"
+#include "hostsdk/gl.h"
+
+namespace {
+
+class Page : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        const uint32_t firstWidget[] = {ID_SHAPE, ID_MATCH_RADII, ID_RADIUS_X, ID_RADIUS_Y, ID_SIDES, ID_ROTATION,
+                                        ID_BRIGHT_EMPHASIS, ID_EMPHASISE_ALPHA, ID_EXTREME_PRECISION, ID_CENTRE,
+                                        ID_RADIUS_PSF1, ID_RADIUS_PSF2};
+        const uint32_t widgetCounts[] = {2, 1, 2, 2, 2, 2, 2, 1, 1, 4, 2, 2};
+        for (int i = 0; i < LumenveilInfo::kControlCount; ++i) {
+            ControlVZ* control = fx.controls()[i];
+            guids[i].Data1 = 0x1000u + static_cast<uint32_t>(i);
+            control->page = &page;
+            control->propertyGuid = &guids[i];
+            control->timeScale = &rate;
+            control->controlId = firstWidget[i];
+            for (uint32_t w = 0; w < widgetCounts[i]; ++w)
+                page.AddControl(firstWidget[i] + w);
+        }
+        fx.centre.propertyGuidY = &guidY;
+    }
+    void select(int32_t shapeCode, int32_t matchOn)
+    {
+        page.GetHwndControl(ID_SHAPE)->selection = shapeCode - 1;
+        page.GetHwndControl(ID_MATCH_RADII)->checkState = matchOn;
+    }
+    bool shown(uint32_t id) const { return page.GetHwndControl(id)->shown; }
+
+    GUID guids[LumenveilInfo::kControlCount] = {};
+    GUID guidY = {0xC0FFEE, 1, 2, {3}};
+    double rate = 25.0;
+    CDSBasePropertyPage page;
+    Lumenveil fx;
+};
+
+TEST_F(Page, ShapeAndMatchRadiiDecideWhatIsShown)
+{
+    // Hidden flags per shape, columns: sides, rotation, radiusX, radiusY,
+    // matchRadii, centre, radiusPsf1, radiusPsf2. Polygon's radiusY follows
+    // Match Radii (-1 here).
+    const int hidden[4][8] = {{1, 1, 0, 1, 1, 1, 1, 1},
+                              {1, 0, 0, 0, 1, 1, 1, 1},
+                              {0, 0, 0, -1, 0, 1, 1, 1},
+                              {1, 1, 1, 1, 1, 0, 0, 0}};
+    const uint32_t ids[8] = {ID_SIDES, ID_ROTATION, ID_RADIUS_X, ID_RADIUS_Y, ID_MATCH_RADII, ID_CENTRE,
+                             ID_RADIUS_PSF1, ID_RADIUS_PSF2};
+    ControlVZ* const controls[8] = {&fx.sides, &fx.rotation, &fx.radiusX, &fx.radiusY,
+                                    &fx.matchRadii, &fx.centre, &fx.radiusPsf1, &fx.radiusPsf2};
+    for (int shapeCode = 1; shapeCode <= 4; ++shapeCode)
+        for (int match = 0; match <= 1; ++match) {
+            select(shapeCode, match);
+            fx.UpdateControls();
+            for (int c = 0; c < 8; ++c) {
+                const bool want = hidden[shapeCode - 1][c] < 0 ? match == 1 : hidden[shapeCode - 1][c] == 1;
+                EXPECT_EQ(controls[c]->hidden, want) << "shape " << shapeCode << " match " << match << " col " << c;
+                EXPECT_EQ(shown(ids[c]), !want) << "shape " << shapeCode << " match " << match << " col " << c;
+            }
+            for (uint32_t always : {ID_BRIGHT_EMPHASIS, ID_EMPHASISE_ALPHA, ID_EXTREME_PRECISION})
+                EXPECT_TRUE(shown(always));
+        }
+    // Match Radii's own handler touches RadiusY alone.
+    select(3, 0);
+    fx.sides.SetHidden(true);
+    fx.OnMatchRadiiChanged(&fx.matchRadii, -1.0);
+    EXPECT_TRUE(shown(ID_RADIUS_Y));
+    EXPECT_FALSE(shown(ID_SIDES));
+}
+
+TEST_F(Page, ReadersTakeWidgetsOrPropertiesAndFallBackToTheirValues)
+{
+    // List: selection plus one, its value member untouched; check box: 1 only
+    // when checked, stored in its value.
+    fx.shape.value = 1;
+    page.GetHwndControl(ID_SHAPE)->selection = 2;
+    int32_t got = 0;
+    fx.shape.GetValue(-1.0, &got);
+    EXPECT_EQ(got, 3);
+    EXPECT_EQ(fx.shape.value, 1);
+    for (int32_t state : {BST_CHECKED, BST_INDETERMINATE, BST_UNCHECKED}) {
+        page.GetHwndControl(ID_EMPHASISE_ALPHA)->checkState = state;
+        fx.emphasiseAlpha.GetValue(0.0, &got);
+        EXPECT_EQ(got, state == BST_CHECKED ? 1 : 0);
+        EXPECT_EQ(fx.emphasiseAlpha.value, got);
+    }
+    // Animated readers ask the page for the property.
+    page.SetProperty(guids[2], VariantReal(0.125));
+    page.SetProperty(guids[4], VariantReal(9.0));
+    double real = -1.0;
+    fx.radiusX.GetValue(-1.0, &real);
+    fx.sides.GetValue(50.0, &got);
+    EXPECT_EQ(real, 0.125);
+    EXPECT_EQ(got, 9);
+    // Without a page: flags are stored, readers give their values or leave `out`.
+    for (ControlVZ* control : fx.controls())
+        control->page = nullptr;
+    fx.radiusY.SetHidden(true);
+    fx.radiusY.SetDisabled(true);
+    EXPECT_TRUE(fx.radiusY.hidden && fx.radiusY.disabled && shown(ID_RADIUS_Y));
+    fx.radiusX.timeScale = nullptr;  // -1.0 must not need it
+    fx.radiusX.GetValue(-1.0, &real);
+    EXPECT_EQ(real, 0.125);
+    fx.shape.value = SHAPE_IMAGE;
+    fx.UpdateControls();
+    EXPECT_TRUE(!fx.centre.hidden && fx.radiusX.hidden);
+}
+
+// A drawn primitive: its mode, vertices, and the colour in force.
+struct Primitive {
+    GLenum mode;
+    std::vector<std::pair<float, float>> points;
+    float colour[4];
+};
+
+class Overlay : public Page {
+protected:
+    void SetUp() override
+    {
+        Page::SetUp();
+        fx.imageWidth = 200;
+        fx.imageHeight = 100;
+        fx.zoom = 2.0f;
+        fx.shape.value = SHAPE_IMAGE;
+        fx.radiusPsf1.value = 0.1;  // 10 px: the x handle at (110, 50)
+        fx.radiusPsf2.value = 0.3;  // 30 px: at (130, 50)
+        fx.centre.x = fx.centre.y = 0.5;
+        drawingMakeCurrent(&surface);
+    }
+    void TearDown() override { drawingMakeCurrent(nullptr); }
+    std::vector<Primitive> draw()
+    {
+        surface.calls.clear();
+        fx.Draw();
+        std::vector<Primitive> drawn;
+        float colour[4] = {0, 0, 0, 0};
+        for (const DrawCall& call : surface.calls)
+            if (call.kind == DrawCall::COLOUR)
+                std::copy(call.v, call.v + 4, colour);
+            else if (call.kind == DrawCall::BEGIN)
+                drawn.push_back({call.mode, {}, {colour[0], colour[1], colour[2], colour[3]}});
+            else if (call.kind == DrawCall::VERTEX)
+                drawn.back().points.emplace_back(call.v[0], call.v[1]);
+        return drawn;
+    }
+    // The angle step in degrees of chords of about 4 px on a circle of 10 px.
+    const double step = float(360.0 / (M_PI * 20.0 / 4.0));
+    DrawingSurface surface;
+};
+
+TEST_F(Overlay, CrosshairCirclesAndHandlesWhereTheFrameSaysForTheImageShapeOnly)
+{
+    fx.shape.value = SHAPE_POLYGON;
+    EXPECT_TRUE(draw().empty());
+    EXPECT_EQ(fx.crosshair.visible + fx.innerCircle.visible + fx.outerCircle.visible, 0);
+    fx.shape.value = SHAPE_IMAGE;
+    fx.radiusPsf2.value = 0.02;  // 2 px: a width of 4, below 5: no ellipse, but its handle
+    const std::vector<Primitive> drawn = draw();
+    // Crosshair at (100, 50): white strokes from 10 / 2 to 25 / 2 px on each axis,
+    // then its grey handle of half-size 5 / 2, closed on its first corner.
+    const std::vector<std::vector<std::pair<float, float>>> crosshair = {
+        {{105, 50}, {112.5f, 50}}, {{95, 50}, {87.5f, 50}}, {{100, 55}, {100, 62.5f}}, {{100, 45}, {100, 37.5f}},
+        {{97.5f, 47.5f}, {102.5f, 47.5f}, {102.5f, 52.5f}, {97.5f, 52.5f}, {97.5f, 47.5f}}};
+    ASSERT_GE(drawn.size(), 5u);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(drawn[i].mode, i < 4 ? GL_LINES : GL_QUADS);
+        EXPECT_EQ(drawn[i].points, crosshair[i]);
+        EXPECT_EQ(drawn[i].colour[2], i < 4 ? 1.0f : 0.5f);
+    }
+    // The inner circle, yellow: one chord per step from 0 to 360 degrees, the
+    // last one closing.
+    size_t i = 5;
+    for (; i < drawn.size() && drawn[i].mode == GL_LINES; ++i) {
+        EXPECT_EQ(drawn[i].colour[2], 0.0f);
+        for (const auto& [x, y] : drawn[i].points)
+            EXPECT_NEAR(std::hypot(x - 100.0, y - 50.0), 10.0, 1e-3);
+    }
+    EXPECT_EQ(int(i - 5), int(360.0 / step) + 1);
+    // Then the handles: inner at (110, 50), outer at (102, 50) with no ellipse.
+    ASSERT_EQ(drawn.size(), i + 2);
+    EXPECT_NEAR(drawn[i].points[0].first, 110.0 - 2.5, 1e-4);
+    EXPECT_NEAR(drawn[i + 1].points[0].first, 102.0 - 2.5, 1e-4);
+}
+
+TEST_F(Overlay, OuterCircleIsDashedAndClosesSolid)
+{
+    fx.radiusPsf1.value = fx.radiusPsf2.value = 0.1;
+    const std::vector<Primitive> drawn = draw();
+    // The lines after the inner circle's handle are the outer circle's.
+    std::vector<Primitive> dashed;
+    for (size_t i = 5, quads = 0; i < drawn.size(); ++i)
+        if (drawn[i].mode == GL_QUADS)
+            ++quads;
+        else if (quads == 1)
+            dashed.push_back(drawn[i]);
+    const int chords = int(360.0 / step);
+    EXPECT_EQ(int(dashed.size()), (chords + 1) / 2 + 1);
+    // The closing segment joins the point at angle 0 to the last point.
+    const Primitive& closing = dashed.back();
+    EXPECT_NEAR(closing.points[0].first, 110.0, 1e-4);
+    EXPECT_NEAR(closing.points[0].second, 50.0, 1e-4);
+    EXPECT_NEAR(closing.points[1].first, 100.0 + 10.0 * std::cos(chords * step * M_PI / 180.0), 1e-3);
+}
+
+TEST_F(Overlay, DragsShowOnThePageAndCommitAtRelease)
+{
+    draw();
+    // A press that misses every handle grabs nothing; a release without a press
+    // changes nothing.
+    for (int event : {OVERLAY_PRESS, OVERLAY_DRAG, OVERLAY_RELEASE})
+        fx.Mouse(event, 150.0f, 80.0f);
+    EXPECT_TRUE(page.Writes().empty());
+    EXPECT_EQ(page.GetHwndControl(ID_RADIUS_PSF2)->value.vt, VT_EMPTY);
+    // The outer circle's x handle, dragged 10 px further out: 2 x 40 / 200.
+    fx.Mouse(OVERLAY_PRESS, 130.5f, 50.0f);
+    EXPECT_EQ(fx.outerCircle.activeHandle, CIRCLE_HANDLE_X);
+    EXPECT_EQ(fx.innerCircle.activeHandle + fx.crosshair.activeHandle, 0);
+    fx.Mouse(OVERLAY_DRAG, 140.0f, 50.0f);
+    EXPECT_DOUBLE_EQ(page.GetHwndControl(ID_RADIUS_PSF2)->value.dblVal, double(2.0f * 40.0f / 200.0f));
+    EXPECT_TRUE(page.Writes().empty());
+    fx.Mouse(OVERLAY_RELEASE, 140.0f, 50.0f);
+    ASSERT_EQ(page.Writes().size(), 1u);
+    EXPECT_EQ(page.Writes()[0].guid.Data1, guids[11].Data1);
+    EXPECT_DOUBLE_EQ(page.Writes()[0].value.dblVal, double(2.0f * 40.0f / 200.0f));
+    EXPECT_EQ(page.Writes()[0].undoStyle, 1);
+    EXPECT_EQ(page.Writes()[0].time, -1.0);
+    EXPECT_EQ(fx.outerCircle.activeHandle, 0);
+    // The crosshair moves the centre: both axes shown while dragging, both
+    // committed at release.
+    fx.Mouse(OVERLAY_PRESS, 101.0f, 51.0f);
+    fx.Mouse(OVERLAY_DRAG, 120.0f, 60.0f);
+    EXPECT_NEAR(page.GetHwndControl(ID_CENTRE)->value.dblVal, 0.6, 1e-6);
+    EXPECT_NEAR(page.GetHwndControl(ID_CENTRE + 1)->value.dblVal, 0.6, 1e-6);
+    EXPECT_EQ(page.Writes().size(), 1u);
+    fx.Mouse(OVERLAY_RELEASE, 120.0f, 60.0f);
+    ASSERT_EQ(page.Writes().size(), 3u);
+    EXPECT_EQ(page.Writes()[2].guid.Data1, guidY.Data1);
+}
+
+}  // namespace
