@@ -235,6 +235,27 @@ TEST_F(Render, RefusedFrameSizeLeavesTheFrameAsItCameAndAlphaFollowsTheFlag)
         ASSERT_EQ(at(*out, x, 20, 3), (x % 2) * 32767);
 }
 
+TEST_F(Render, EmphasiseAlphaBlursAlphaThroughTheCurve)
+{
+    // One opaque pixel of alpha on a clear frame. Unemphasised, its blurred
+    // alpha at the centre is the kernel's centre weight w; emphasised, the
+    // curve keeps 0 and 1, so the blur gives w again and the inverse curve
+    // of emphasis 50 turns it into 1 - (1 / (w d + a) - a) / d.
+    frames(64, 48);
+    for (int y = 0; y < 48; ++y)
+        for (int x = 0; x < 64; ++x)
+            in->rows[y][x * 4 + 3] = x == 32 && y == 24 ? 32767 : 0;
+    fx.brightEmphasis.value = 50.0;
+    render();
+    const double w = at(*out, 32, 24, 3) / 32767.0;
+    ASSERT_GT(w, 0.01);
+    ASSERT_LT(w, 0.5);
+    fx.emphasiseAlpha.value = 1;
+    render();
+    const double a = 1.0 / 50.0, d = 50.0 - a;
+    EXPECT_NEAR(at(*out, 32, 24, 3), 32767.0 * (1.0 - (1.0 / (w * d + a) - a) / d), 8.0);
+}
+
 TEST(PluginVZ, ShouldAbortStopsOnAnAnswerOfZeroOrLess)
 {
     struct Monitor : IDSImageEffectHost {
