@@ -42,6 +42,8 @@ float getSample(const uint8_t* at, int32_t sampleBytes)
     return v;
 }
 
+// MFIF_BGRA_RAW_32_VIDEO: B G R A, colour in video range, alpha full range.
+constexpr int32_t kVideoBgraCode = 2;
 // Video range at 8 bits: 16 is black, 235 white.
 constexpr float kVideoBlack = 16.0f;
 constexpr float kVideoSpan = 219.0f;
@@ -133,11 +135,11 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
         for (int32_t x = 0; x < columns; ++x) {
             const float* p = at(x);
             uint8_t* pixel = to.colour + static_cast<size_t>(x) * 4 * bytes;
-            for (int c = 0; c < 4; ++c)
-                putSample(pixel + c * bytes, bytes, clamp01(p[c]) * fullScale(bytes));
-            if (format.code == 2) {  // B G R A, colour in video range
-                for (int c = 0; c < 3; ++c)
+            for (int c = 0; c < 4; ++c) {
+                if (format.code == kVideoBgraCode && c < 3)
                     putSample(pixel + (2 - c), 1, kVideoBlack + clamp01(p[c]) * kVideoSpan);
+                else
+                    putSample(pixel + c * bytes, bytes, clamp01(p[c]) * fullScale(bytes));
             }
         }
     }
@@ -162,11 +164,12 @@ void loadRow(const HostFormatGeometry& format, int32_t width, RowAt from, PixelA
         for (int32_t x = 0; x < width; ++x) {
             const uint8_t* pixel = from.colour + static_cast<size_t>(x) * 4 * bytes;
             float* p = at(x);
-            for (int c = 0; c < 4; ++c)
-                p[c] = getSample(pixel + c * bytes, bytes) / fullScale(bytes);
-            if (format.code == 2)
-                for (int c = 0; c < 3; ++c)
+            for (int c = 0; c < 4; ++c) {
+                if (format.code == kVideoBgraCode && c < 3)
                     p[c] = (getSample(pixel + (2 - c), 1) - kVideoBlack) / kVideoSpan;
+                else
+                    p[c] = getSample(pixel + c * bytes, bytes) / fullScale(bytes);
+            }
         }
     }
     if (from.alpha)
