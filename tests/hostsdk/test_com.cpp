@@ -1,5 +1,10 @@
-// COM basics: GUIDs, counters, the free-threaded marshaler and CoCreateInstance.
+// COM basics: counters, the free-threaded marshaler and CoCreateInstance; GUID
+// text read and written, malformed text refused, the order of the text.
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 #include "hostsdk/com.h"
 
@@ -91,6 +96,53 @@ TEST(Com, CoCreateInstanceAsksEachRegisteredServer)
     CoRevokeInProcessServer(serverA);
     CoRevokeInProcessServer(serverB);
     EXPECT_EQ(live, 1) << "only the stack object is left";
+}
+
+const char* const EFFECT_TEXT = "{6888FDA5-1F1F-4662-9C9E-0765506D80EA}";
+
+TEST(Guid, ReadsEachFieldAndWritesUpperCaseZeroPadded)
+{
+    const GUID effect = {0x6888FDA5, 0x1F1F, 0x4662, {0x9C, 0x9E, 0x07, 0x65, 0x50, 0x6D, 0x80, 0xEA}};
+    ASSERT_TRUE(ParseGuid(EFFECT_TEXT).has_value());
+    EXPECT_TRUE(*ParseGuid(EFFECT_TEXT) == effect);
+    EXPECT_EQ(FormatGuid(effect), EFFECT_TEXT);
+    EXPECT_EQ(FormatGuid(*ParseGuid("{ae0d7c31-95aa-11d0-b685-00a024191ae0}")), "{AE0D7C31-95AA-11D0-B685-00A024191AE0}");
+    EXPECT_EQ(FormatGuid({0x1, 0x2, 0x3, {0, 0, 0, 0, 0, 0, 0, 0x4}}), "{00000001-0002-0003-0000-000000000004}");
+    GUID near = effect;
+    near.Data4[7] ^= 1;
+    EXPECT_FALSE(near == effect) << "equality takes all sixteen bytes";
+    const char* const malformed[] = {
+        "", "6888FDA5-1F1F-4662-9C9E-0765506D80EA",                                          // no braces
+        "{6888FDA5-1F1F-4662-9C9E-0765506D80EA", "{6888FDA5-1F1F-4662-9C9E-0765506D80EA]",   // closing brace
+        "[6888FDA5-1F1F-4662-9C9E-0765506D80EA}", "{6888FDA5-1F1F-4662-9C9E-0765506D80E}",   // opening; short
+        "{6888FDA5-1F1F-4662-9C9E-0765506D80EAA}", "{6888FDA5-1F1F-4662-9C9E-0765506D80EG}",  // long; not hex
+        "{6888FDA51-F1F-4662-9C9E-0765506D80EA}", "{6888FDA5-1F1F-4662-9C9E+0765506D80EA}",   // dashes
+        "{6888FDA5-1F1F-4662-9C9E-0765506D80EA} ", " {6888FDA5-1F1F-4662-9C9E-0765506D80EA}", // text around
+        "{6888FDA5-1F1F-4662-9C9E-0765506D 0EA}"};
+    for (const char* text : malformed)
+        EXPECT_FALSE(ParseGuid(text).has_value()) << text;
+}
+
+// Sorting by the order gives the order of the text: the fields count as
+// numbers, not as their bytes in memory.
+TEST(Guid, OrderFollowsTheText)
+{
+    std::vector<std::string> texts = {
+        "{10000000-0000-0000-0000-000000000000}", "{00000001-0000-0000-0000-000000000000}",
+        "{00000000-0100-0000-0000-000000000000}", "{00000000-0001-0000-0000-000000000000}",
+        "{00000000-0000-0100-0000-000000000000}", "{00000000-0000-0001-0000-000000000000}",
+        "{00000000-0000-0000-8000-000000000000}", "{00000000-0000-0000-0000-000000000001}",
+        "{00000000-0000-0000-0000-000000000000}", "{FFFFFFFF-0000-0000-0000-000000000000}",
+    };
+    std::vector<GUID> guids;
+    for (const std::string& text : texts)
+        guids.push_back(*ParseGuid(text));
+    std::sort(guids.begin(), guids.end());
+    std::sort(texts.begin(), texts.end());
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        EXPECT_EQ(FormatGuid(guids[i]), texts[i]) << "position " << i;
+        EXPECT_FALSE(guids[i] < guids[i]);
+    }
 }
 
 }  // namespace
