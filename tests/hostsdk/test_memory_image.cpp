@@ -11,29 +11,23 @@ namespace {
 
 TEST(FormatGeometry, SixteenFormatsAsPublished)
 {
-    // Code, name, identifier, alpha plane, bottom up, samples, bytes.
+    // Code, identifier (and its name), alpha plane, bottom up, samples, bytes.
+#define FORMAT(code, id, ...) {code, #id, &id, __VA_ARGS__}
     const struct {
         int32_t code;
         const char* name;
         const GUID* guid;
         bool alpha, bottomUp;
         int32_t samples, bytes;
-    } formats[] = {{1, "MFIF_RGBA_RAW_32", &MFIF_RGBA_RAW_32, 0, 0, 4, 1},
-                   {2, "MFIF_BGRA_RAW_32_VIDEO", &MFIF_BGRA_RAW_32_VIDEO, 0, 1, 4, 1},
-                   {3, "MFIF_CbYCrY_16", &MFIF_CbYCrY_16, 0, 1, 2, 1},
-                   {4, "MFIF_CbYCrY709_16", &MFIF_CbYCrY709_16, 0, 1, 2, 1},
-                   {5, "MFIF_CbYCrYA_24", &MFIF_CbYCrYA_24, 1, 1, 2, 1},
-                   {6, "MFIF_CbYCrY709A_24", &MFIF_CbYCrY709A_24, 1, 1, 2, 1},
-                   {7, "MFIF_RGBA_S2_14", &MFIF_RGBA_S2_14, 0, 1, 4, 2},
-                   {8, "MFIF_CbYCrY_S2_14", &MFIF_CbYCrY_S2_14, 0, 1, 2, 2},
-                   {9, "MFIF_CbYCrY709_S2_14", &MFIF_CbYCrY709_S2_14, 0, 1, 2, 2},
-                   {10, "MFIF_CbYCrYA_S2_14", &MFIF_CbYCrYA_S2_14, 1, 1, 2, 2},
-                   {11, "MFIF_CbYCrY709A_S2_14", &MFIF_CbYCrY709A_S2_14, 1, 1, 2, 2},
-                   {12, "MFIF_RGBA_FLOAT", &MFIF_RGBA_FLOAT, 0, 1, 4, 4},
-                   {13, "MFIF_CbYCrY_FLOAT", &MFIF_CbYCrY_FLOAT, 0, 1, 2, 4},
-                   {14, "MFIF_CbYCrY709_FLOAT", &MFIF_CbYCrY709_FLOAT, 0, 1, 2, 4},
-                   {15, "MFIF_CbYCrYA_FLOAT", &MFIF_CbYCrYA_FLOAT, 1, 1, 2, 4},
-                   {16, "MFIF_CbYCrY709A_FLOAT", &MFIF_CbYCrY709A_FLOAT, 1, 1, 2, 4}};
+    } formats[] = {FORMAT(1, MFIF_RGBA_RAW_32, 0, 0, 4, 1),         FORMAT(2, MFIF_BGRA_RAW_32_VIDEO, 0, 1, 4, 1),
+                   FORMAT(3, MFIF_CbYCrY_16, 0, 1, 2, 1),           FORMAT(4, MFIF_CbYCrY709_16, 0, 1, 2, 1),
+                   FORMAT(5, MFIF_CbYCrYA_24, 1, 1, 2, 1),          FORMAT(6, MFIF_CbYCrY709A_24, 1, 1, 2, 1),
+                   FORMAT(7, MFIF_RGBA_S2_14, 0, 1, 4, 2),          FORMAT(8, MFIF_CbYCrY_S2_14, 0, 1, 2, 2),
+                   FORMAT(9, MFIF_CbYCrY709_S2_14, 0, 1, 2, 2),     FORMAT(10, MFIF_CbYCrYA_S2_14, 1, 1, 2, 2),
+                   FORMAT(11, MFIF_CbYCrY709A_S2_14, 1, 1, 2, 2),   FORMAT(12, MFIF_RGBA_FLOAT, 0, 1, 4, 4),
+                   FORMAT(13, MFIF_CbYCrY_FLOAT, 0, 1, 2, 4),       FORMAT(14, MFIF_CbYCrY709_FLOAT, 0, 1, 2, 4),
+                   FORMAT(15, MFIF_CbYCrYA_FLOAT, 1, 1, 2, 4),      FORMAT(16, MFIF_CbYCrY709A_FLOAT, 1, 1, 2, 4)};
+#undef FORMAT
     for (const auto& f : formats) {
         const HostFormatGeometry* g = hostFormatGeometry(f.code);
         ASSERT_NE(g, nullptr);

@@ -1,19 +1,184 @@
-// The property container (its map, values in bound members, keyed animation,
-// copies and defaults), presets as readable JSON loaded back whole or refused
-// with a reason, the autokey operator, and the property page's own store.
+// The effect base (one object behind its interfaces, image references, the
+// frame's region, copies) and its host link; the property container (its map,
+// values in bound members, keyed animation, copies and defaults); presets as
+// readable JSON, loaded back whole or refused with a reason; the autokey
+// operator; the property page's own store.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <thread>
+#include <vector>
 
 #include "hostsdk/CDSBasePropertyPage.h"
+#include "hostsdk/CDSImageEffect.h"
+#include "hostsdk/CDSInteractiveTool.h"
 #include "hostsdk/PropertiesOperator.h"
-#include "sample_effect.h"
+#include "hostsdk/content.h"
+#include "hostsdk/image_formats.h"
 
 namespace {
 
-using namespace sample;
 using nlohmann::json;
+
+// A small effect: one property of each kind, values in members bound by key
+// 0xFFFF0000 + position.
+constexpr GUID id(uint8_t n) { return {0x5A000000u + n, 1, 2, {0, 0, 0, 0, 0, 0, 0, n}}; }
+constexpr GUID SHAPE = id(1), ENABLED = id(2), RADIUS = id(3), SIDES = id(4), HANDLE = id(5), CLASS = id(16);
+constexpr uint32_t key(int position) { return 0xFFFF0000u + position; }
+const char* const kShapes[] = {"Circle", "Polygon", "Image"};
+CDSParamDef defs[] = {
+    {SHAPE, nullptr, DS_CLASS_PARAMETER, DS_CAP_PLAIN, VT_I4, 1, 2, 3, "Shape", "Shape", 1, 0, -1, kShapes, 3},
+    {ENABLED, nullptr, DS_CLASS_PARAMETER, DS_CAP_PLAIN, VT_BOOL, 4, 5, 6, "Enabled", "Enabled", 1, 0, -1},
+    {RADIUS, nullptr, DS_CLASS_PARAMETER, DS_CAP_ANIMATED, VT_R8, 7, 8, 9, "Radius", "Radius", 10, 0, 100},
+    {SIDES, nullptr, DS_CLASS_PARAMETER, DS_CAP_ANIMATED, VT_I4, 10, 11, 12, "Sides", "Sides", 6, 3, 20},
+    {HANDLE, nullptr, DS_CLASS_PARAMETER, DS_CAP_HIDDEN, VT_UI8, 0, 0, 0, nullptr, nullptr, 0, 0, -1}};
+constexpr uint32_t kUnset = DS_MAP_COUNT_UNSET;
+CDSPropertiesMapEntry entries[] = {{&defs[0], key(0), kUnset}, {&defs[1], key(1), kUnset},
+                                          {&defs[2], key(2), kUnset}, {&defs[3], key(3), kUnset},
+                                          {&defs[4], key(4), kUnset}, {nullptr, 0, 0}};
+uint32_t entryCount = kUnset;
+CDSPropertiesMap map{nullptr, entries, &entryCount, nullptr};
+
+// Notes each change; a copy (by the base's rule) binds nothing.
+struct Effect : CDSImageEffect {
+    Effect()
+    {
+        void* members[] = {&shape, &enabled, &radius, &sides, &handle};
+        for (int i = 0; i < 5; ++i)
+            BindStoredValue(key(i), members[i]);
+    }
+    const CDSPropertiesMap* GetStaticPropertiesMap() override { return InitStaticPropertyMap(&map), &map; }
+    uint32_t GetStaticEntryCount() override { return *GetStaticPropertiesMap()->count; }
+    GUID PresetClassId() const override { return CLASS; }
+    HRESULT OnPropertyChanged(const GUID& guid, const VARIANT* value, void*, void*, int32_t, uint32_t) override
+    {
+        return changes.push_back({guid, *value}), S_OK;
+    }
+    int32_t shape = 1, enabled = 1, sides = 6;
+    double radius = 10.0;
+    uint64_t handle = 0;
+    std::vector<std::pair<GUID, VARIANT>> changes;
+};
+
+VARIANT var(VARTYPE type, double v = 0)
+{
+    VARIANT out{type, {}};
+    if (type == VT_I4)
+        out.lVal = static_cast<int32_t>(v);
+    else
+        out.dblVal = v;
+    return out;
+}
+
+// The object's reference count, left as it was.
+uint32_t references(IUnknown* object) { return object->AddRef(), object->Release(); }
+
+
+class EffectBase : public ::testing::Test {
+protected:
+    void TearDown() override
+    {
+        EXPECT_EQ(effect->Release(), 0u);
+        EXPECT_EQ(input->Release() + output->Release(), 0u) << "the effect let go of its images";
+    }
+    Effect* effect = new Effect;
+    MemoryImage* input = MemoryImage::Create(MFIF_RGBA_RAW_32, 10, 10);
+    MemoryImage* output = MemoryImage::Create(MFIF_RGBA_RAW_32, 8, 6);
+};
+
+TEST_F(EffectBase, OneObjectWithOneCountAnswersThreeInterfaces)
+{
+    void* out[3] = {};
+    const GUID* iids[3] = {&IID_IUnknown, &IID_IDSImageEffect, &IID_IDSProperties};
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(effect->QueryInterface(*iids[i], &out[i]), S_OK);
+    EXPECT_EQ(out[1], static_cast<IDSImageEffect*>(effect));
+    EXPECT_EQ(out[2], static_cast<IDSProperties*>(effect));
+    EXPECT_EQ(static_cast<IDSProperties*>(out[2])->Release(), 3u);
+    EXPECT_EQ(effect->QueryInterface(IID_IDSImage, &out[0]), E_NOINTERFACE);
+    EXPECT_EQ(out[0], nullptr);
+    effect->Release(), effect->Release();
+    EXPECT_EQ(effect->IsFormatSupported(MFIF_CbYCrY709A_FLOAT), 0);
+    EXPECT_EQ(effect->IsFormatSupported(IID_IDSImage), 1);
+}
+
+TEST_F(EffectBase, ImagesAreHeldAndReleasedAndTheRegionIsChecked)
+{
+    effect->SetInput(output);
+    EXPECT_EQ(effect->PrepareData(), E_POINTER) << "no output";
+    effect->SetInput(input);
+    EXPECT_EQ(std::pair(references(input), references(output)), std::pair(2u, 1u)) << "the replaced one released";
+    effect->SetOutput(output);
+    ASSERT_EQ(effect->PrepareData(), S_OK);
+    EXPECT_EQ(std::pair(effect->roiWidth, effect->roiHeight), std::pair(8, 6)) << "the whole output";
+    EXPECT_NE(effect->preparedValues[0] * effect->preparedValues[1] * effect->preparedValues[2], 0u);
+    // Input 10 x 10, output 8 x 6: input x, y, output x, y, width, height; the first two fit.
+    const int32_t regions[][6] = {{2, 4, 0, 0, 8, 6}, {0, 0, 3, 2, 5, 4}, {0, 0, 0, 0, 0, 6},  {0, 0, 0, 0, 4, 0},
+                                  {3, 0, 0, 0, 8, 6}, {0, 5, 0, 0, 8, 6}, {0, 0, 1, 0, 8, 6},  {0, 0, 0, 1, 8, 6},
+                                  {0, 0, 0, -1, 4, 4}, {-1, 0, 0, 0, 4, 4}};
+    for (const auto& r : regions) {
+        const bool fits = &r < &regions[2];
+        effect->SetROI(r[0], r[1], r[2], r[3], r[4], r[5]);
+        EXPECT_EQ(effect->PrepareData(), fits ? S_OK : E_INVALIDARG) << r[0] << r[1] << r[2] << r[3] << r[4] << r[5];
+        EXPECT_EQ(effect->preparedValues[2] != 0, fits);
+    }
+}
+
+TEST_F(EffectBase, ACopyTakesSettingsButNoImagesBindingsOrAnimation)
+{
+    ImageEffectHost link;
+    const int32_t selectors[4] = {0, 1, 0, 2};
+    effect->SetSampleRate(29.97), effect->SetFieldMask(2), effect->SetChannelMask(selectors);
+    effect->SetROI(1, 2, 3, 4, 5, 6), effect->SetEffectHost(&link), effect->SetInput(input);
+    effect->SetKey(RADIUS, 1.0, 30.0);
+    Effect* copy = new Effect(*effect);
+    for (Effect* e : {effect, copy})
+        EXPECT_EQ(std::tuple(e->sampleRate, e->fieldMask, e->channelSelect[3], e->inputRoiY, e->roiHeight, e->host),
+                  std::tuple(29.97, 2u, 2, 2, 6, static_cast<IDSImageEffectHost*>(&link)));
+    EXPECT_EQ(copy->inputImage, nullptr);
+    EXPECT_EQ(references(input), 2u);
+    VARIANT v{};
+    EXPECT_EQ(copy->GetValue(RADIUS, &v), E_INVALIDARG) << "no bindings";
+    EXPECT_FALSE(copy->IsAnimated(RADIUS));
+    EXPECT_EQ(copy->Release(), 0u);
+}
+
+TEST(ImageEffectHost, InputsAreCountedAndAStopFromAnotherThreadIsSeen)
+{
+    MemoryImage* image = MemoryImage::Create(MFIF_RGBA_FLOAT, 2, 2);
+    {
+        ImageEffectHost link;
+        link.SetInput(1, image);
+        IUnknown* fetched = nullptr;
+        ASSERT_EQ(link.FetchInput(1, 0.0, 0, &fetched), S_OK);
+        EXPECT_EQ(fetched, static_cast<IUnknown*>(image));
+        EXPECT_EQ(fetched->Release(), 2u) << "the fetch counted the caller's reference";
+        EXPECT_EQ(link.FetchInput(2, 0.0, 0, &fetched), E_FAIL);
+        EXPECT_EQ(fetched, nullptr);
+        std::thread stopper([&] { link.Stop(); });
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        int32_t answer = 1, polls = 0;
+        for (; answer != 0 && std::chrono::steady_clock::now() < deadline; ++polls)
+            answer = link.ShouldContinue();
+        stopper.join();
+        EXPECT_EQ(std::pair(answer, link.Polls()), std::pair(0, polls));
+    }
+    EXPECT_EQ(image->Release(), 0u) << "the link released its reference";
+}
+
+TEST(ProjectAndCoordinates, FrameSizeAndPixelAspect)
+{
+    VARIANT w{}, h{};
+    ASSERT_EQ(DSContentGetProperty(kProjectFrameWidth, &w), S_OK);
+    ASSERT_EQ(DSContentGetProperty(kProjectFrameHeight, &h), S_OK);
+    EXPECT_EQ(std::tuple(w.vt, w.dblVal, h.dblVal), std::tuple(VARTYPE(VT_R8), 720.0, 486.0));
+    EXPECT_EQ(DSContentGetProperty(L"Project Frame Rate", &w), E_INVALIDARG);
+    double x = 0, y = 0;
+    ASSERT_EQ(CoordMan(0.9).MapVector(1.0, 1.0, &x, &y), S_OK);
+    EXPECT_EQ(std::pair(x, y), std::pair(0.9, 1.0));
+}
 
 class Container : public ::testing::Test {
 protected:
@@ -232,6 +397,19 @@ TEST_F(Operator, WritesFollowTheAutokeyRuleAndAreLogged)
     for (size_t i = 0; i < writes.size(); ++i)
         EXPECT_EQ(std::pair(writes[i].guid, writes[i].undoStyle), std::pair(i < 3 ? RADIUS : SHAPE, int(i) + 1));
     EXPECT_EQ(std::tuple(writes[2].value.lVal, writes[2].time), std::tuple(70, 4.0));
+}
+
+TEST_F(Operator, AnInteractiveToolCallsTheLinkedOne)
+{
+    CDSInteractiveTool tool;
+    VARIANT v = var(VT_R8, 30);
+    EXPECT_EQ(tool.GetAnimatedProperty(RADIUS, &v, nullptr, -1.0), E_UNEXPECTED) << "none linked";
+    EXPECT_EQ(tool.SetAnimatedProperty(RADIUS, &v, nullptr, 1, -1.0), E_UNEXPECTED);
+    tool.OnLinkToOperator(&op);
+    EXPECT_EQ(tool.SetAnimatedProperty(RADIUS, &v, nullptr, 1, -1.0), S_OK);
+    v = var(VT_I4);
+    EXPECT_EQ(tool.GetAnimatedProperty(RADIUS, &v, nullptr, -1.0), S_OK);
+    EXPECT_EQ(std::tuple(effect->radius, v.lVal, op.Writes().size()), std::tuple(30.0, 30, 1u));
 }
 
 TEST(PropertyPage, WidgetsRememberWhatWasDoneToThem)

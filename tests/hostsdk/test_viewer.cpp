@@ -1,12 +1,12 @@
 // The interactive-tool base (pen events driving an interaction, links, layer
-// requests, property calls through the linked operator), the viewer's
-// surfaces and viewport information, and its context stack.
+// requests), the viewer's drawing surfaces and its context stack.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 
 #include "hostsdk/CDSInteractiveTool.h"
+#include "hostsdk/PropertiesOperator.h"
 #include "hostsdk/viewer.h"
 #include "hostsdk/viewer_contexts.h"
 
@@ -76,41 +76,19 @@ TEST(InteractiveTool, TerminateEndsOnceAndResultsPassThrough)
     EXPECT_FALSE(tool.IsInteracting());
 }
 
-// Answers reads with a fixed number and remembers the last write.
-struct NumberOperator : IVWOperator {
-    HRESULT GetAnimatedProperty(const GUID&, VARIANT* value, void*, double) override
-    {
-        return value->vt = VT_UI4, value->ulVal = 1234, S_OK;
-    }
-    HRESULT SetAnimatedProperty(const GUID&, VARIANT* value, void*, int, double) override
-    {
-        return written = value->dblVal, S_OK;
-    }
-    double written = 0.0;
-};
-
-TEST(InteractiveTool, LinksSetFlagsPropertyCallsGoToTheOperatorAndLayerRequestsAreRecorded)
+TEST(InteractiveTool, LinksSetTheirFlagsAndLayerRequestsAreRecorded)
 {
     CDSInteractiveTool tool;
-    NumberOperator op;
+    PropertiesOperator op(nullptr);
     VWViewer viewer;
-    VARIANT value{VT_R8, {}};
-    EXPECT_EQ(tool.GetAnimatedProperty(GUID{}, &value, nullptr, -1.0), E_UNEXPECTED) << "no operator linked";
-    EXPECT_EQ(tool.SetAnimatedProperty(GUID{}, &value, nullptr, 1, -1.0), E_UNEXPECTED);
     EXPECT_EQ(tool.OnLinkToOperator(&op), S_OK);
     EXPECT_TRUE(tool.IsLinkedToOperator() && !tool.IsLinkedToViewer());
     EXPECT_EQ(tool.OnLinkToViewer(&viewer), S_OK);
     EXPECT_TRUE(tool.IsLinkedToViewer() && tool.Viewer() == &viewer && tool.Operator() == &op);
-    EXPECT_EQ(tool.GetAnimatedProperty(GUID{}, &value, nullptr, -1.0), S_OK);
-    EXPECT_EQ(value.ulVal, 1234u);
-    value = {VT_R8, {}}, value.dblVal = 0.25;
-    EXPECT_EQ(tool.SetAnimatedProperty(GUID{}, &value, nullptr, 1, -1.0), S_OK);
-    EXPECT_EQ(op.written, 0.25);
     tool.OnLinkToOperator(nullptr);
     EXPECT_TRUE(!tool.IsLinkedToOperator() && tool.IsLinkedToViewer());
     tool.OnLinkToViewer(nullptr);
     EXPECT_FALSE(tool.IsLinkedToViewer());
-
     const VWRECT area = {1, 2, 3, 4};
     EXPECT_EQ(tool.InvalidateLayer(2, nullptr) | tool.InvalidateLayer(1, &area), S_OK);
     const auto& calls = tool.Invalidations();
@@ -121,75 +99,28 @@ TEST(InteractiveTool, LinksSetFlagsPropertyCallsGoToTheOperatorAndLayerRequestsA
     EXPECT_TRUE(tool.Invalidations().empty());
 }
 
-// Draws one quad over the left half of the viewing rectangle, the way a tool sets up.
-struct QuadTool : CDSInteractiveTool {
-    HRESULT OnRender(VWSurface* surface) override
-    {
-        const HRESULT begun = vwSurfaceBeginRenderOpenGL(surface, &seen);
-        if (FAILED(begun))
-            return begun;
-        const tagVWOPENGLSURFACE& gl = seen;
-        const double left = gl.viewLeft, bottom = gl.viewBottom, top = bottom + gl.viewHeight;
-        glViewport(0, 0, gl.width, gl.height);
-        glOrtho(left, left + gl.viewWidth, bottom, top, 0.0, 1.0);
-        glBegin(GL_QUADS);
-        for (double x : {left, left + gl.viewWidth / 2})
-            for (double y : {bottom, top})
-                glVertex2f(float(x), float(x == left ? y : bottom + top - y));
-        glEnd();
-        return vwSurfaceEndRenderOpenGL(surface);
-    }
-    tagVWOPENGLSURFACE seen;
-};
-
-VWSurface surfaceOf(int width, int height)
+TEST(ViewerSurface, DrawingGoesToTheSurfaceBetweenBeginAndEnd)
 {
     VWSurface surface;
-    surface.geometry = {width, height, 10, 20, 64, 32, 640, 480, 0.9};
-    return surface;
-}
-
-TEST(ViewerSurface, ToolDrawsIntoTheSurfaceBetweenBeginAndEnd)
-{
-    VWSurface surface = surfaceOf(8, 4);
-    DrawingSurface elsewhere;
-    drawingMakeCurrent(&elsewhere);
-    QuadTool tool;
-    EXPECT_EQ(tool.OnRender(&surface), S_OK);
-    EXPECT_EQ(std::tuple(tool.seen.imageWidth, tool.seen.pixelAspect, tool.seen.viewHeight), std::tuple(640, 0.9, 32.0));
-    EXPECT_TRUE(elsewhere.calls.empty());
-    EXPECT_EQ(drawingCurrent(), &elsewhere) << "End restores what was current";
-    EXPECT_FALSE(surface.rendering);
-    // The left half of the view is covered: columns 0..3 of 8.
-    const RgbaImage image = surface.drawing.Rasterise();
-    ASSERT_EQ(image.Width(), 8);
-    EXPECT_EQ(std::pair(image.Pixel(3, 2)[3], image.Pixel(4, 2)[3]), std::pair(uint8_t(255), uint8_t(0)));
-    drawingMakeCurrent(nullptr);
-}
-
-TEST(ViewerSurface, BeginAndEndRefuseMisuseAndViewportInfoIsCopied)
-{
-    VWSurface surface = surfaceOf(8, 4);
+    surface.geometry = {8, 4, 10, 20, 64, 32, 640, 480, 0.9};
     tagVWOPENGLSURFACE gl;
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(nullptr, &gl), E_POINTER);
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, nullptr), E_POINTER);
-    EXPECT_EQ(vwSurfaceEndRenderOpenGL(&surface), E_UNEXPECTED);
+    EXPECT_EQ(vwSurfaceEndRenderOpenGL(&surface), E_UNEXPECTED) << "not begun";
+    DrawingSurface elsewhere;
+    drawingMakeCurrent(&elsewhere);
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, &gl), S_OK);
+    EXPECT_EQ(std::tuple(gl.height, gl.viewHeight, gl.imageWidth, gl.pixelAspect), std::tuple(4, 32.0, 640, 0.9));
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, &gl), E_UNEXPECTED);
+    glViewport(0, 0, gl.width, gl.height);
     EXPECT_EQ(vwSurfaceEndRenderOpenGL(&surface), S_OK);
-    EXPECT_EQ(drawingCurrent(), nullptr);
+    EXPECT_EQ(std::pair(surface.drawing.calls.size(), elsewhere.calls.size()), std::pair(1ul, 0ul));
+    EXPECT_EQ(drawingCurrent(), &elsewhere) << "End restores what was current";
+    EXPECT_FALSE(surface.rendering);
+    drawingMakeCurrent(nullptr);
     surface.available = false;
-    QuadTool tool;
-    EXPECT_EQ(tool.OnRender(&surface), E_FAIL);
-    EXPECT_TRUE(surface.drawing.calls.empty());
-
-    VWViewer viewer;
-    viewer.viewport = {1.5, -2.0};
-    tagVWVIEWPORTINFO info;
-    EXPECT_EQ(vwGetViewportInfo(&viewer, &info), S_OK);
-    EXPECT_EQ(std::pair(info.a, info.b), std::pair(1.5, -2.0));
-    EXPECT_EQ(std::pair(vwGetViewportInfo(nullptr, &info), vwGetViewportInfo(&viewer, nullptr)),
-              std::pair(E_POINTER, E_POINTER));
+    EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, &gl), E_FAIL);
+    EXPECT_EQ(drawingCurrent(), nullptr);
 }
 
 bool listed(uint32_t id)
