@@ -142,6 +142,12 @@ TEST_F(EffectBase, ACopyTakesSettingsButNoImagesBindingsOrAnimation)
     VARIANT v{};
     EXPECT_EQ(copy->GetValue(RADIUS, &v), E_INVALIDARG) << "no bindings";
     EXPECT_FALSE(copy->IsAnimated(RADIUS));
+    // The copy keeps the region set: its output rows 4..9 do not fit in 6.
+    copy->SetInput(input), copy->SetOutput(output);
+    EXPECT_EQ(copy->PrepareData(), E_INVALIDARG);
+    copy->SetTimespan(2.5);
+    EXPECT_EQ(copy->GetProperty(DSPROPID_TimespanLength, &v, -1.0), S_OK);
+    EXPECT_EQ(std::pair(v.vt, v.dblVal), std::pair(VARTYPE(VT_R8), 2.5));
     EXPECT_EQ(copy->Release(), 0u);
 }
 
@@ -412,7 +418,7 @@ TEST_F(Operator, AnInteractiveToolCallsTheLinkedOne)
     EXPECT_EQ(std::tuple(effect->radius, v.lVal, op.Writes().size()), std::tuple(30.0, 30, 1u));
 }
 
-TEST(PropertyPage, WidgetsRememberWhatWasDoneToThem)
+TEST(PropertyPage, WidgetsRememberWhatWasDoneToThemAndShowTheOwnProperties)
 {
     CDSBasePropertyPage page;
     HWND box = page.AddControl(1001);
@@ -431,11 +437,8 @@ TEST(PropertyPage, WidgetsRememberWhatWasDoneToThem)
     EXPECT_EQ(SendMessage(box, CB_GETCURSEL, 0, 0), 2);
     SendMessage(box, CB_RESETCONTENT, 0, 0);
     EXPECT_EQ(std::pair(box->listEntries.size(), SendMessage(box, CB_GETCURSEL, 0, 0)), std::pair(0ul, -1l));
-}
 
-TEST(PropertyPage, OwnPropertiesConvertLogAndShowInBoundWidgets)
-{
-    CDSBasePropertyPage page;
+    // Its own properties convert, are logged when written, and show in bound widgets.
     page.SetProperty(SHAPE, var(VT_R8, 12));
     page.SetProperty(ENABLED, var(VT_I4, 7));
     VARIANT asInt = var(VT_I4), asReal = var(VT_R8);
