@@ -149,7 +149,6 @@ TEST(Guid, OrderFollowsTheText)
     }
 }
 
-
 TEST(FormatGeometry, SixteenFormatsAsPublished)
 {
     // Code, identifier (and its name), alpha plane, bottom up, samples, bytes.
