@@ -1,7 +1,16 @@
-// COM basics: GUIDs, counters, the free-threaded marshaler and CoCreateInstance.
+// COM basics: counters, the free-threaded marshaler and CoCreateInstance; GUID
+// text read and written, malformed text refused, the order of the text; the
+// sixteen host formats' geometry and images over owned or borrowed memory.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "hostsdk/IDSImage.h"
 #include "hostsdk/com.h"
+#include "hostsdk/image_format_geometry.h"
+#include "hostsdk/image_formats.h"
 
 namespace {
 
@@ -91,6 +100,128 @@ TEST(Com, CoCreateInstanceAsksEachRegisteredServer)
     CoRevokeInProcessServer(serverA);
     CoRevokeInProcessServer(serverB);
     EXPECT_EQ(live, 1) << "only the stack object is left";
+}
+
+const char* const EFFECT_TEXT = "{6888FDA5-1F1F-4662-9C9E-0765506D80EA}";
+
+TEST(Guid, ReadsEachFieldAndWritesUpperCaseZeroPadded)
+{
+    const GUID effect = {0x6888FDA5, 0x1F1F, 0x4662, {0x9C, 0x9E, 0x07, 0x65, 0x50, 0x6D, 0x80, 0xEA}};
+    ASSERT_TRUE(ParseGuid(EFFECT_TEXT).has_value());
+    EXPECT_TRUE(*ParseGuid(EFFECT_TEXT) == effect);
+    EXPECT_EQ(FormatGuid(effect), EFFECT_TEXT);
+    EXPECT_EQ(FormatGuid(*ParseGuid("{ae0d7c31-95aa-11d0-b685-00a024191ae0}")), "{AE0D7C31-95AA-11D0-B685-00A024191AE0}");
+    EXPECT_EQ(FormatGuid({0x1, 0x2, 0x3, {0, 0, 0, 0, 0, 0, 0, 0x4}}), "{00000001-0002-0003-0000-000000000004}");
+    GUID near = effect;
+    near.Data4[7] ^= 1;
+    EXPECT_FALSE(near == effect) << "equality takes all sixteen bytes";
+    const char* const malformed[] = {
+        "", "6888FDA5-1F1F-4662-9C9E-0765506D80EA",                                          // no braces
+        "{6888FDA5-1F1F-4662-9C9E-0765506D80EA", "{6888FDA5-1F1F-4662-9C9E-0765506D80EA]",   // closing brace
+        "[6888FDA5-1F1F-4662-9C9E-0765506D80EA}", "{6888FDA5-1F1F-4662-9C9E-0765506D80E}",   // opening; short
+        "{6888FDA5-1F1F-4662-9C9E-0765506D80EAA}", "{6888FDA5-1F1F-4662-9C9E-0765506D80EG}",  // long; not hex
+        "{6888FDA51-F1F-4662-9C9E-0765506D80EA}", "{6888FDA5-1F1F-4662-9C9E+0765506D80EA}",   // dashes
+        "{6888FDA5-1F1F-4662-9C9E-0765506D80EA} ", " {6888FDA5-1F1F-4662-9C9E-0765506D80EA}", // text around
+        "{6888FDA5-1F1F-4662-9C9E-0765506D 0EA}"};
+    for (const char* text : malformed)
+        EXPECT_FALSE(ParseGuid(text).has_value()) << text;
+}
+
+// Sorting by the order gives the order of the text: the fields count as
+// numbers, not as their bytes in memory.
+TEST(Guid, OrderFollowsTheText)
+{
+    std::vector<std::string> texts = {
+        "{10000000-0000-0000-0000-000000000000}", "{00000001-0000-0000-0000-000000000000}",
+        "{00000000-0100-0000-0000-000000000000}", "{00000000-0001-0000-0000-000000000000}",
+        "{00000000-0000-0100-0000-000000000000}", "{00000000-0000-0001-0000-000000000000}",
+        "{00000000-0000-0000-8000-000000000000}", "{00000000-0000-0000-0000-000000000001}",
+        "{00000000-0000-0000-0000-000000000000}", "{FFFFFFFF-0000-0000-0000-000000000000}",
+    };
+    std::vector<GUID> guids;
+    for (const std::string& text : texts)
+        guids.push_back(*ParseGuid(text));
+    std::sort(guids.begin(), guids.end());
+    std::sort(texts.begin(), texts.end());
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        EXPECT_EQ(FormatGuid(guids[i]), texts[i]) << "position " << i;
+        EXPECT_FALSE(guids[i] < guids[i]);
+    }
+}
+
+TEST(FormatGeometry, SixteenFormatsAsPublished)
+{
+    // Code, identifier (and its name), alpha plane, bottom up, samples, bytes.
+#define FORMAT(code, id, ...) {code, #id, &id, __VA_ARGS__}
+    const struct {
+        int32_t code;
+        const char* name;
+        const GUID* guid;
+        bool alpha, bottomUp;
+        int32_t samples, bytes;
+    } formats[] = {FORMAT(1, MFIF_RGBA_RAW_32, 0, 0, 4, 1),         FORMAT(2, MFIF_BGRA_RAW_32_VIDEO, 0, 1, 4, 1),
+                   FORMAT(3, MFIF_CbYCrY_16, 0, 1, 2, 1),           FORMAT(4, MFIF_CbYCrY709_16, 0, 1, 2, 1),
+                   FORMAT(5, MFIF_CbYCrYA_24, 1, 1, 2, 1),          FORMAT(6, MFIF_CbYCrY709A_24, 1, 1, 2, 1),
+                   FORMAT(7, MFIF_RGBA_S2_14, 0, 1, 4, 2),          FORMAT(8, MFIF_CbYCrY_S2_14, 0, 1, 2, 2),
+                   FORMAT(9, MFIF_CbYCrY709_S2_14, 0, 1, 2, 2),     FORMAT(10, MFIF_CbYCrYA_S2_14, 1, 1, 2, 2),
+                   FORMAT(11, MFIF_CbYCrY709A_S2_14, 1, 1, 2, 2),   FORMAT(12, MFIF_RGBA_FLOAT, 0, 1, 4, 4),
+                   FORMAT(13, MFIF_CbYCrY_FLOAT, 0, 1, 2, 4),       FORMAT(14, MFIF_CbYCrY709_FLOAT, 0, 1, 2, 4),
+                   FORMAT(15, MFIF_CbYCrYA_FLOAT, 1, 1, 2, 4),      FORMAT(16, MFIF_CbYCrY709A_FLOAT, 1, 1, 2, 4)};
+#undef FORMAT
+    for (const auto& f : formats) {
+        const HostFormatGeometry* g = hostFormatGeometry(f.code);
+        ASSERT_NE(g, nullptr);
+        EXPECT_EQ(std::tuple(g->code, std::string(g->name), g->guid, g->alphaPlane, g->bottomUp),
+                  std::tuple(f.code, std::string(f.name), f.guid, f.alpha, f.bottomUp));
+        EXPECT_EQ(std::tuple(g->samplesPerPixel, g->sampleBytes, g->pairs),
+                  std::tuple(f.samples, f.bytes, f.samples == 2));
+        EXPECT_EQ(hostFormatCodeOf(*f.guid), f.code);
+        // 5 x 3 pixels: the colour plane, then one alpha sample a pixel.
+        EXPECT_EQ(hostBufferBytes(f.code, 5, 3), size_t(15 * f.samples * f.bytes + (f.alpha ? 15 * f.bytes : 0)));
+        EXPECT_EQ(hostBufferRow(f.code, 10, 3), f.bottomUp ? 6 : 3) << f.name;
+    }
+    GUID near = MFIF_RGBA_FLOAT;
+    near.Data4[7] ^= 0x40;
+    EXPECT_EQ(hostFormatCodeOf(near) + hostFormatCodeOf(IID_IUnknown), 0);
+    EXPECT_EQ(hostBufferBytes(1, 0, 2) + hostBufferBytes(1, 2, -1) + hostBufferBytes(1, -2, 2) + hostBufferBytes(17, 2, 2), 0u);
+}
+
+// Owned buffers are cleared and of the format's size; a borrowed one is used as given.
+TEST(MemoryImage, OwnsAClearedBufferOfTheFormatsSizeOrBorrowsOne)
+{
+    EXPECT_EQ(MemoryImage::Create(IID_IUnknown, 4, 4), nullptr);
+    EXPECT_EQ(MemoryImage::Create(MFIF_RGBA_RAW_32, 0, 4), nullptr);
+    EXPECT_EQ(MemoryImage::Create(MFIF_RGBA_RAW_32, 4, -1), nullptr);
+    const struct {
+        const GUID* format;
+        int32_t width, height;
+        size_t bytes;
+    } cases[] = {{&MFIF_CbYCrYA_24, 6, 5, 6 * 5 * 2 + 6 * 5},
+                 {&MFIF_RGBA_FLOAT, 7, 3, 7 * 3 * 16},
+                 {&MFIF_CbYCrY709A_S2_14, 40, 30, 40 * 30 * 4 + 40 * 30 * 2}};
+    for (const auto& c : cases) {
+        MemoryImage* image = MemoryImage::Create(*c.format, c.width, c.height);
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(std::vector<uint8_t>(image->Data(), image->Data() + image->Bytes()), std::vector<uint8_t>(c.bytes));
+        EXPECT_EQ(image->Release(), 0u);
+    }
+    std::vector<uint8_t> block(8 * 2 * 4, 7);
+    MemoryImage* image = MemoryImage::Create(MFIF_BGRA_RAW_32_VIDEO, 8, 2, block.data());
+    void* out = nullptr;
+    ASSERT_EQ(image->GetPixels(&out), S_OK);
+    EXPECT_EQ(out, block.data());
+    EXPECT_EQ(block, std::vector<uint8_t>(block.size(), 7));
+    // Two interfaces on one count.
+    ASSERT_EQ(image->QueryInterface(IID_IDSImage, &out), S_OK);
+    EXPECT_EQ(out, static_cast<IDSImage*>(image));
+    ASSERT_EQ(image->QueryInterface(IID_IUnknown, &out), S_OK);
+    EXPECT_EQ(out, static_cast<IUnknown*>(image));
+    EXPECT_EQ(image->QueryInterface(IID_IMarshal, &out), E_NOINTERFACE);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(image->QueryInterface(IID_IDSImage, nullptr), E_POINTER);
+    EXPECT_EQ(image->AddRef(), 4u) << "one from Create, two from the queries";
+    for (uint32_t left : {3u, 2u, 1u, 0u})
+        EXPECT_EQ(image->Release(), left);
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
-// The drawing layer: what it records, and where its rasterised lines and quads
-// land under viewport, ortho and scale, with their edge coverage.
+// The drawing layer: where its rasterised lines and quads
+// land under viewport, ortho and scale, with their edge coverage and colour.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <iterator>
 
 #include "hostsdk/gl.h"
 
@@ -16,6 +14,13 @@ constexpr int WIDTH = 40, HEIGHT = 20;
 constexpr double LEFT = 100, BOTTOM = 50;
 
 uint8_t byteOf(double coverage) { return static_cast<uint8_t>(std::lround(coverage * 255.0)); }
+
+// Pixel (x, y) should hold `value` in `channel` (3: alpha).
+struct Probe {
+    int x, y;
+    uint8_t value;
+    int channel = 3;
+};
 
 class Drawing : public ::testing::Test {
 protected:
@@ -35,39 +40,34 @@ protected:
         glVertex2f(x2, y2);
         glEnd();
     }
-    void quad(float x1, float y1, float x2, float y2)
+    // `colour`, if given, is set before the last corner.
+    void quad(float x1, float y1, float x2, float y2, const float* colour = nullptr)
     {
         glBegin(GL_QUADS);
         glVertex2f(x1, y1);
         glVertex2f(x2, y1);
         glVertex2f(x2, y2);
+        if (colour)
+            glColor4f(colour[0], colour[1], colour[2], colour[3]);
         glVertex2f(x1, y2);
         glEnd();
     }
-    uint8_t alphaAt(const RgbaImage& image, int x, int y) { return image.Pixel(x, y)[3]; }
+    void expectPixels(std::initializer_list<Probe> probes, RowOrder order = RowOrder::BOTTOM_UP)
+    {
+        const RgbaImage image = surface.Rasterise(order);
+        ASSERT_EQ(std::pair(image.Width(), image.Height()), std::pair(WIDTH, HEIGHT));
+        for (const Probe& p : probes)
+            EXPECT_EQ(image.Pixel(p.x, p.y)[p.channel], p.value) << p.x << "," << p.y << " channel " << p.channel;
+    }
     DrawingSurface surface;
 };
 
-TEST_F(Drawing, RecordsEachCallWithItsArguments)
+TEST_F(Drawing, NothingIsRecordedWithNoSurfaceAndNothingShownWithNoViewport)
 {
-    glScalef(1.0f, 0.5f, 1.0f);
-    glPushMatrix();
-    glPopMatrix();
-    glLineWidth(2.0f);
-    const DrawCall::Kind kinds[] = {DrawCall::VIEWPORT, DrawCall::MATRIX_MODE, DrawCall::LOAD_IDENTITY,
-                                    DrawCall::ORTHO,    DrawCall::SCALE,       DrawCall::PUSH_MATRIX,
-                                    DrawCall::POP_MATRIX, DrawCall::LINE_WIDTH};
-    ASSERT_EQ(surface.calls.size(), std::size(kinds));
-    for (std::size_t i = 0; i < std::size(kinds); ++i)
-        EXPECT_EQ(surface.calls[i].kind, kinds[i]) << i;
-    EXPECT_EQ(surface.calls[0].args[2], WIDTH);
-    EXPECT_EQ(surface.calls[1].mode, GL_MODELVIEW);
-    const double ortho[6] = {LEFT, LEFT + WIDTH, BOTTOM, BOTTOM + HEIGHT, 0.0, 1.0};
-    EXPECT_TRUE(std::equal(ortho, ortho + 6, surface.calls[3].args));
-    EXPECT_EQ(surface.calls[4].args[1], 0.5);
     drawingMakeCurrent(nullptr);
-    glEnd();
-    EXPECT_EQ(surface.calls.size(), std::size(kinds)) << "with no surface current, calls go nowhere";
+    glViewport(0, 0, 1, 1);
+    EXPECT_EQ(surface.calls.size(), 4u);
+    EXPECT_TRUE(DrawingSurface().Rasterise().Bytes().empty());
 }
 
 // A horizontal line at object y 121.5, scaled by 0.5: window y 60.75 - 50 =
@@ -76,49 +76,27 @@ TEST_F(Drawing, RecordsEachCallWithItsArguments)
 TEST_F(Drawing, LineLandsWhereOrthoAndScaleSay)
 {
     glScalef(1.0f, 0.5f, 1.0f);
-    glColor4f(1, 1, 1, 1);
     line(105, 121.5f, 135, 121.5f);  // window x 5 to 35
     const RgbaImage image = surface.Rasterise();
-    ASSERT_EQ(image.Width(), WIDTH);
-    ASSERT_EQ(image.Height(), HEIGHT);
-    for (int x = 6; x <= 33; ++x) {
-        EXPECT_EQ(alphaAt(image, x, 10), byteOf(0.75)) << x;
-        EXPECT_EQ(alphaAt(image, x, 11), byteOf(0.25)) << x;
-        EXPECT_EQ(alphaAt(image, x, 9), 0) << x;
-        EXPECT_EQ(alphaAt(image, x, 12), 0) << x;
-    }
-    // Past the ends: pixel 3's centre is 1.5 from x = 5, pixel 36's 1.5 from 35.
-    EXPECT_EQ(alphaAt(image, 3, 10), 0);
-    EXPECT_EQ(alphaAt(image, 36, 10), 0);
-    // Straight alpha: the colour of a partly covered pixel stays white.
-    EXPECT_EQ(image.Pixel(20, 11)[0], 255);
-    // Nothing elsewhere.
-    EXPECT_EQ(alphaAt(image, 20, 0), 0);
+    for (int x = 6; x <= 33; ++x)
+        EXPECT_EQ(std::tuple(image.Pixel(x, 9)[3], image.Pixel(x, 10)[3], image.Pixel(x, 11)[3], image.Pixel(x, 12)[3]),
+                  std::tuple(0, byteOf(0.75), byteOf(0.25), 0)) << x;
+    // Past the ends (pixel 3's centre is 1.5 from x = 5, 36's from 35), nothing;
+    // straight alpha: a partly covered pixel stays white.
+    expectPixels({{3, 10, 0}, {36, 10, 0}, {20, 0, 0}, {20, 11, 255, 0}});
 }
 
 // A diagonal through pixel centres: (105.5, 50.5) to (115.5, 60.5) is window
 // (5.5, 0.5) to (15.5, 10.5). Pixel (10, 5) is on it; pixel (11, 5) is
-// 1 / sqrt(2) away.
-TEST_F(Drawing, DiagonalLineCoverageFallsWithDistance)
+// 1 / sqrt(2) away. A line of width 3 at window y 10.5 covers fully to 1 pixel
+// from its axis.
+TEST_F(Drawing, LineCoverageFallsWithDistanceBeyondHalfTheWidth)
 {
     line(105.5f, 50.5f, 115.5f, 60.5f);
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(alphaAt(image, 10, 5), 255);
-    EXPECT_EQ(alphaAt(image, 11, 5), byteOf(1.0 - 1.0 / std::sqrt(2.0)));
-    EXPECT_EQ(alphaAt(image, 12, 5), 0);
-}
-
-// glLineWidth(3): full coverage to 1 pixel from the axis, half at 1.5.
-TEST_F(Drawing, LineWidthWidensTheLine)
-{
     glLineWidth(3.0f);
-    line(105, 60.5f, 135, 60.5f);  // window y 10.5
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(alphaAt(image, 20, 10), 255);
-    EXPECT_EQ(alphaAt(image, 20, 11), 255);
-    EXPECT_EQ(alphaAt(image, 20, 9), 255);
-    EXPECT_EQ(alphaAt(image, 20, 12), 0);
-    EXPECT_EQ(alphaAt(image, 20, 8), 0);
+    line(125, 60.5f, 135, 60.5f);
+    expectPixels({{10, 5, 255}, {11, 5, byteOf(1.0 - 1.0 / std::sqrt(2.0))}, {12, 5, 0}, {30, 10, 255}, {30, 11, 255},
+                  {30, 9, 255}, {30, 12, 0}, {30, 8, 0}});
 }
 
 // A quad from object (110, 104.5) to (120.25, 110), y scaled by 0.5: window
@@ -128,74 +106,54 @@ TEST_F(Drawing, QuadFillsItsAreaWithExactEdgeCoverage)
 {
     glScalef(1.0f, 0.5f, 1.0f);
     quad(110, 104.5f, 120.25f, 110);
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(alphaAt(image, 10, 3), 255);
-    EXPECT_EQ(alphaAt(image, 19, 4), 255);
-    EXPECT_EQ(alphaAt(image, 20, 3), byteOf(0.25));
-    EXPECT_EQ(alphaAt(image, 15, 2), byteOf(0.75));
-    EXPECT_EQ(alphaAt(image, 20, 2), byteOf(0.25 * 0.75));
-    EXPECT_EQ(alphaAt(image, 9, 3), 0);
-    EXPECT_EQ(alphaAt(image, 21, 3), 0);
-    EXPECT_EQ(alphaAt(image, 15, 5), 0);
-    EXPECT_EQ(alphaAt(image, 15, 1), 0);
+    expectPixels({{10, 3, 255}, {19, 4, 255}, {20, 3, byteOf(0.25)}, {15, 2, byteOf(0.75)}, {20, 2, byteOf(0.25 * 0.75)},
+                  {9, 3, 0}, {21, 3, 0}, {15, 5, 0}, {15, 1, 0}});
 }
 
-// The projection holds the ortho box; a scale of 2 about the origin on the
-// modelview puts object (55, 26) at (110, 52): window (10, 2).
+// Each call multiplies the current matrix on the right, and a vertex goes
+// through projection x modelview. The projection, a scale of 0.5 times the box
+// [100, 120] x [50, 60], maps object (x, y) to window (x - 90, y - 45); the
+// modelview's scale of 2 puts object (55, 26) at (110, 52): window (20, 7).
 TEST_F(Drawing, ProjectionAndModelviewCompose)
 {
     surface.calls.clear();
     glViewport(0, 0, WIDTH, HEIGHT);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
-    glOrtho(LEFT, LEFT + WIDTH, BOTTOM, BOTTOM + HEIGHT, 0.0, 1.0);
+    glScalef(0.5f, 0.5f, 1.0f);
+    glOrtho(100, 120, 50, 60, 0.0, 1.0);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();  // leaves the projection alone
     glScalef(2.0f, 2.0f, 1.0f);
-    quad(55, 26, 56, 27);  // window 10..12 x 2..4
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(alphaAt(image, 10, 2), 255);
-    EXPECT_EQ(alphaAt(image, 11, 3), 255);
-    EXPECT_EQ(alphaAt(image, 12, 3), 0);
-    EXPECT_EQ(alphaAt(image, 9, 2), 0);
+    quad(55, 26, 56, 27);  // window 20..22 x 7..9
+    expectPixels({{20, 7, 255}, {21, 8, 255}, {22, 8, 0}, {19, 7, 0}, {20, 6, 0}});
 }
 
+// Red drawn scaled by 2 inside a push and pop; blue after it, unscaled. Had
+// the scale stayed, the blue quad would sit at window (160, 70), off the canvas.
 TEST_F(Drawing, PopMatrixRestoresWhatPushSaved)
 {
     glPushMatrix();
     glScalef(2.0f, 2.0f, 1.0f);
     glColor4f(1, 0, 0, 1);
-    quad(55, 26, 56, 27);  // scaled: window (10, 2) to (12, 4)
+    quad(55, 26, 56, 27);  // window (10, 2) to (12, 4)
     glPopMatrix();
     glColor4f(0, 0, 1, 1);
-    quad(130, 60, 132, 62);  // unscaled: window (30, 10) to (32, 12)
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(image.Pixel(11, 3)[0], 255);
-    EXPECT_EQ(image.Pixel(11, 3)[3], 255);
-    EXPECT_EQ(image.Pixel(31, 11)[2], 255);
-    EXPECT_EQ(image.Pixel(31, 11)[3], 255);
-    // Had the scale stayed, the blue quad would sit at window (160, 70): off
-    // the canvas, and (31, 11) would be empty.
+    quad(130, 60, 132, 62);  // window (30, 10) to (32, 12)
+    expectPixels({{11, 3, 255, 0}, {11, 3, 255}, {31, 11, 255, 2}, {31, 11, 255}});
 }
 
-// Red of alpha 0.4 over opaque (0.2, 0, 1): 0.4 of the red and 0.6 of what was
-// there. Over nothing: pure red with alpha 0.4.
+// A quad takes the colour at its last corner: (0.2, 0, 1), opaque. Red of
+// alpha 0.4 over it gives 0.4 of the red and 0.6 of what was there; over
+// nothing, pure red with alpha 0.4.
 TEST_F(Drawing, ColoursBlendOverWhatIsThere)
 {
-    glColor4f(0.2f, 0, 1, 1);
-    quad(100, 50, 110, 60);  // window (0, 0) to (10, 10)
+    const float blue[4] = {0.2f, 0, 1, 1};
+    quad(100, 50, 110, 60, blue);  // window (0, 0) to (10, 10)
     glColor4f(1, 0, 0, 0.4f);
     quad(105, 50, 115, 60);  // window (5, 0) to (15, 10)
-    const RgbaImage image = surface.Rasterise();
-    const uint8_t* both = image.Pixel(7, 5);
-    EXPECT_EQ(both[0], byteOf(0.4 + 0.6 * 0.2));
-    EXPECT_EQ(both[1], 0);
-    EXPECT_EQ(both[2], byteOf(0.6));
-    EXPECT_EQ(both[3], 255);
-    const uint8_t* redOnly = image.Pixel(12, 5);
-    EXPECT_EQ(redOnly[0], 255);
-    EXPECT_EQ(redOnly[2], 0);
-    EXPECT_EQ(redOnly[3], byteOf(0.4));
+    expectPixels({{2, 5, byteOf(0.2), 0}, {2, 5, 255, 2}, {7, 5, byteOf(0.4 + 0.6 * 0.2), 0}, {7, 5, 0, 1},
+                  {7, 5, byteOf(0.6), 2}, {7, 5, 255}, {12, 5, 255, 0}, {12, 5, 0, 2}, {12, 5, byteOf(0.4)}});
 }
 
 // Window y grows upwards; the top-down image puts window row y at row
@@ -203,50 +161,24 @@ TEST_F(Drawing, ColoursBlendOverWhatIsThere)
 TEST_F(Drawing, TopDownImageFlipsTheRows)
 {
     quad(100, 50, 101, 51);  // window pixel (0, 0): bottom left
-    const RgbaImage bottomUp = surface.Rasterise();
-    const RgbaImage topDown = surface.Rasterise(RowOrder::TOP_DOWN);
-    EXPECT_EQ(bottomUp.Pixel(0, 0)[3], 255);
-    EXPECT_EQ(topDown.Pixel(0, HEIGHT - 1)[3], 255);
-    EXPECT_EQ(topDown.Pixel(0, 0)[3], 0);
-    EXPECT_EQ(topDown.Bytes().size(), std::size_t(WIDTH) * HEIGHT * 4);
+    expectPixels({{0, 0, 255}, {0, HEIGHT - 1, 0}});
+    expectPixels({{0, HEIGHT - 1, 255}, {0, 0, 0}}, RowOrder::TOP_DOWN);
 }
 
-// The image shows the viewport's rectangle: a viewport at (10, 5) maps the
-// ortho box onto window (10..50, 5..25), which is image (0..40, 0..20).
-TEST_F(Drawing, ImageShowsTheViewportRectangle)
+// The image shows the last viewport's rectangle: a viewport at (10, 5) maps
+// the ortho box onto window (10..50, 5..25), which is image (0..40, 0..20).
+// A quad's fifth vertex and a line's single one are dropped.
+TEST_F(Drawing, ImageShowsTheViewportRectangleAndLeftOverVerticesAreDropped)
 {
     glViewport(10, 5, WIDTH, HEIGHT);
-    quad(100, 50, 101, 51);
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(image.Width(), WIDTH);
-    EXPECT_EQ(alphaAt(image, 0, 0), 255);
-    EXPECT_EQ(alphaAt(image, 1, 1), 0);
-}
-
-TEST_F(Drawing, LeftOverVerticesAreDropped)
-{
     glBegin(GL_QUADS);  // a quad closed on its first corner: five vertices
-    glVertex2f(110, 60);
-    glVertex2f(112, 60);
-    glVertex2f(112, 62);
-    glVertex2f(110, 62);
-    glVertex2f(110, 60);
+    for (auto [x, y] : {std::pair{100, 50}, {102, 50}, {102, 52}, {100, 52}, {100, 50}})
+        glVertex2f(float(x), float(y));
     glEnd();
-    glBegin(GL_LINES);  // one vertex: no line
+    glBegin(GL_LINES);
     glVertex2f(120, 60);
     glEnd();
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(alphaAt(image, 11, 11), 255);
-    EXPECT_EQ(alphaAt(image, 20, 10), 0);
-}
-
-TEST(DrawingWithoutViewport, RasterisesToAnEmptyImage)
-{
-    DrawingSurface surface;
-    const RgbaImage image = surface.Rasterise();
-    EXPECT_EQ(image.Width(), 0);
-    EXPECT_EQ(image.Height(), 0);
-    EXPECT_TRUE(image.Bytes().empty());
+    expectPixels({{0, 0, 255}, {1, 1, 255}, {2, 2, 0}, {20, 10, 0}});
 }
 
 }  // namespace

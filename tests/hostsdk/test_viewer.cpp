@@ -1,103 +1,126 @@
-// The viewer's surfaces, viewport information and context stack.
+// The interactive-tool base (pen events driving an interaction, links, layer
+// requests), the viewer's drawing surfaces and its context stack.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 
 #include "hostsdk/CDSInteractiveTool.h"
+#include "hostsdk/PropertiesOperator.h"
 #include "hostsdk/viewer.h"
 #include "hostsdk/viewer_contexts.h"
 
 namespace {
 
-// Draws one quad over the whole viewing rectangle, the way a tool sets up.
-class QuadTool : public CDSInteractiveTool {
-public:
-    HRESULT OnRender(VWSurface* surface) override
+using PenCall = HRESULT (CDSInteractiveTool::*)(const tagVWPENEVENT*);
+constexpr int32_t LEFT = VW_PEN_BUTTON_LEFT, RIGHT = 2;
+
+// Begins on a left pen down and ends on a left pen up, as a viewer tool does;
+// writes down each interaction call.
+struct RecordingTool : CDSInteractiveTool {
+    HRESULT OnPenDown(const tagVWPENEVENT* e) override
     {
-        tagVWOPENGLSURFACE gl;
-        const HRESULT begun = vwSurfaceBeginRenderOpenGL(surface, &gl);
-        if (FAILED(begun))
-            return begun;
-        seen = gl;
-        glViewport(0, 0, gl.width, gl.height);
-        glMatrixMode(GL_MODELVIEW);
-        glLoadIdentity();
-        glOrtho(gl.viewLeft, gl.viewLeft + gl.viewWidth, gl.viewBottom, gl.viewBottom + gl.viewHeight, 0.0, 1.0);
-        glBegin(GL_QUADS);
-        glVertex2f(float(gl.viewLeft), float(gl.viewBottom));
-        glVertex2f(float(gl.viewLeft + gl.viewWidth / 2), float(gl.viewBottom));
-        glVertex2f(float(gl.viewLeft + gl.viewWidth / 2), float(gl.viewBottom + gl.viewHeight));
-        glVertex2f(float(gl.viewLeft), float(gl.viewBottom + gl.viewHeight));
-        glEnd();
-        vwSurfaceEndRenderOpenGL(surface);
-        return begun;
+        return e && e->button == LEFT ? OnBeginInteraction(e) : CDSInteractiveTool::OnPenDown(e);
     }
-    tagVWOPENGLSURFACE seen;
+    HRESULT OnPenUp(const tagVWPENEVENT* e) override
+    {
+        return e && e->button == LEFT ? TerminateInteraction() : CDSInteractiveTool::OnPenUp(e);
+    }
+    HRESULT OnBeginInteraction(const tagVWPENEVENT* e) override
+    {
+        const HRESULT base = CDSInteractiveTool::OnBeginInteraction(e);
+        return SUCCEEDED(base) ? note("begin", e), S_OK : base;
+    }
+    HRESULT OnDoInteraction(const tagVWPENEVENT* e) override { return note("do", e), doResult; }
+    HRESULT OnEndInteraction() override { return log += "end;", endResult; }
+    void note(const char* what, const tagVWPENEVENT* e)
+    {
+        log += std::string(what) + ' ' + std::to_string(int(e->x)) + ',' + std::to_string(int(e->y)) + ';';
+    }
+    std::string log;
+    HRESULT doResult = S_OK, endResult = S_OK;
 };
 
-VWSurface surfaceOf(int width, int height)
+TEST(InteractiveTool, LeftPenDownDragUpDrivesOneInteraction)
+{
+    RecordingTool tool;
+    const struct {
+        PenCall call;
+        int32_t button;
+        double x, y;
+    } events[] = {{&CDSInteractiveTool::OnPenDown, RIGHT, 0, 0}, {&CDSInteractiveTool::OnPenMove, RIGHT, 1, 1},
+                  {&CDSInteractiveTool::OnPenUp, RIGHT, 1, 1},   {&CDSInteractiveTool::OnPenMove, LEFT, 1, 1},
+                  {&CDSInteractiveTool::OnPenDown, LEFT, 2, 3},  {&CDSInteractiveTool::OnPenMove, LEFT, 4, 5},
+                  {&CDSInteractiveTool::OnPenMove, LEFT, 6, 7},  {&CDSInteractiveTool::OnPenUp, LEFT, 8, 9},
+                  {&CDSInteractiveTool::OnPenMove, LEFT, 10, 11}};
+    for (const auto& e : events) {
+        const tagVWPENEVENT event{e.button, e.x, e.y, 1.0};
+        EXPECT_EQ((tool.*e.call)(&event), S_OK);
+        EXPECT_EQ(tool.IsInteracting(), &e > &events[3] && &e < &events[7]);
+    }
+    EXPECT_EQ(tool.log, "begin 2,3;do 4,5;do 6,7;end;");
+}
+
+TEST(InteractiveTool, TerminateEndsOnceAndResultsPassThrough)
+{
+    RecordingTool tool;
+    EXPECT_EQ(tool.TerminateInteraction(), S_FALSE) << "no interaction, no end";
+    const tagVWPENEVENT down{LEFT, 0, 0, 1.0};
+    tool.OnPenDown(&down);
+    tool.doResult = E_UNEXPECTED, tool.endResult = E_FAIL;
+    EXPECT_EQ(tool.OnPenMove(&down), E_UNEXPECTED);
+    EXPECT_EQ(tool.TerminateInteraction(), E_FAIL);
+    EXPECT_EQ(tool.TerminateInteraction(), S_FALSE);
+    EXPECT_EQ(tool.log, "begin 0,0;do 0,0;end;");
+    EXPECT_EQ(std::pair(tool.OnPenMove(nullptr), tool.OnBeginInteraction(nullptr)), std::pair(E_POINTER, E_POINTER));
+    EXPECT_FALSE(tool.IsInteracting());
+}
+
+TEST(InteractiveTool, LinksSetTheirFlagsAndLayerRequestsAreRecorded)
+{
+    CDSInteractiveTool tool;
+    PropertiesOperator op(nullptr);
+    VWViewer viewer;
+    EXPECT_EQ(tool.OnLinkToOperator(&op), S_OK);
+    EXPECT_TRUE(tool.IsLinkedToOperator() && !tool.IsLinkedToViewer());
+    EXPECT_EQ(tool.OnLinkToViewer(&viewer), S_OK);
+    EXPECT_TRUE(tool.IsLinkedToViewer() && tool.Viewer() == &viewer && tool.Operator() == &op);
+    tool.OnLinkToOperator(nullptr);
+    EXPECT_TRUE(!tool.IsLinkedToOperator() && tool.IsLinkedToViewer());
+    tool.OnLinkToViewer(nullptr);
+    EXPECT_FALSE(tool.IsLinkedToViewer());
+    const VWRECT area = {1, 2, 3, 4};
+    EXPECT_EQ(tool.InvalidateLayer(2, nullptr) | tool.InvalidateLayer(1, &area), S_OK);
+    const auto& calls = tool.Invalidations();
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_TRUE(calls[0].layer == 2 && calls[0].whole);
+    EXPECT_TRUE(calls[1].layer == 1 && !calls[1].whole && calls[1].area.height == 4);
+    tool.ClearInvalidations();
+    EXPECT_TRUE(tool.Invalidations().empty());
+}
+
+TEST(ViewerSurface, DrawingGoesToTheSurfaceBetweenBeginAndEnd)
 {
     VWSurface surface;
-    surface.geometry.width = width;
-    surface.geometry.height = height;
-    surface.geometry.viewLeft = 10;
-    surface.geometry.viewBottom = 20;
-    surface.geometry.viewWidth = 64;
-    surface.geometry.viewHeight = 32;
-    surface.geometry.imageWidth = 640;
-    surface.geometry.imageHeight = 480;
-    surface.geometry.pixelAspect = 0.9;
-    return surface;
-}
-
-TEST(ViewerSurface, ToolDrawsIntoTheSurfaceBetweenBeginAndEnd)
-{
-    VWSurface surface = surfaceOf(8, 4);
-    DrawingSurface elsewhere;
-    drawingMakeCurrent(&elsewhere);
-    QuadTool tool;
-    EXPECT_EQ(tool.OnRender(&surface), S_OK);
-    EXPECT_EQ(tool.seen.imageWidth, 640);
-    EXPECT_EQ(tool.seen.pixelAspect, 0.9);
-    EXPECT_EQ(tool.seen.viewHeight, 32);
-    EXPECT_TRUE(elsewhere.calls.empty());
-    EXPECT_EQ(drawingCurrent(), &elsewhere) << "End restores what was current";
-    EXPECT_FALSE(surface.rendering);
-    // The left half of the view is covered: columns 0..3 of 8.
-    const RgbaImage image = surface.drawing.Rasterise();
-    ASSERT_EQ(image.Width(), 8);
-    EXPECT_EQ(image.Pixel(3, 2)[3], 255);
-    EXPECT_EQ(image.Pixel(4, 2)[3], 0);
-    drawingMakeCurrent(nullptr);
-}
-
-TEST(ViewerSurface, BeginAndEndRefuseMisuse)
-{
-    VWSurface surface = surfaceOf(8, 4);
+    surface.geometry = {8, 4, 10, 20, 64, 32, 640, 480, 0.9};
     tagVWOPENGLSURFACE gl;
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(nullptr, &gl), E_POINTER);
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, nullptr), E_POINTER);
-    EXPECT_EQ(vwSurfaceEndRenderOpenGL(&surface), E_UNEXPECTED);
+    EXPECT_EQ(vwSurfaceEndRenderOpenGL(&surface), E_UNEXPECTED) << "not begun";
+    DrawingSurface elsewhere;
+    drawingMakeCurrent(&elsewhere);
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, &gl), S_OK);
+    EXPECT_EQ(std::tuple(gl.height, gl.viewHeight, gl.imageWidth, gl.pixelAspect), std::tuple(4, 32.0, 640, 0.9));
     EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, &gl), E_UNEXPECTED);
+    glViewport(0, 0, gl.width, gl.height);
     EXPECT_EQ(vwSurfaceEndRenderOpenGL(&surface), S_OK);
-    EXPECT_EQ(drawingCurrent(), nullptr);
+    EXPECT_EQ(std::pair(surface.drawing.calls.size(), elsewhere.calls.size()), std::pair(1ul, 0ul));
+    EXPECT_EQ(drawingCurrent(), &elsewhere) << "End restores what was current";
+    EXPECT_FALSE(surface.rendering);
+    drawingMakeCurrent(nullptr);
     surface.available = false;
-    QuadTool tool;
-    EXPECT_EQ(tool.OnRender(&surface), E_FAIL);
-    EXPECT_TRUE(surface.drawing.calls.empty());
-}
-
-TEST(Viewer, ViewportInfoIsCopied)
-{
-    VWViewer viewer;
-    viewer.viewport = {1.5, -2.0};
-    tagVWVIEWPORTINFO info;
-    EXPECT_EQ(vwGetViewportInfo(&viewer, &info), S_OK);
-    EXPECT_EQ(info.a, 1.5);
-    EXPECT_EQ(info.b, -2.0);
-    EXPECT_EQ(vwGetViewportInfo(nullptr, &info), E_POINTER);
-    EXPECT_EQ(vwGetViewportInfo(&viewer, nullptr), E_POINTER);
+    EXPECT_EQ(vwSurfaceBeginRenderOpenGL(&surface, &gl), E_FAIL);
+    EXPECT_EQ(drawingCurrent(), nullptr);
 }
 
 bool listed(uint32_t id)
@@ -106,47 +129,29 @@ bool listed(uint32_t id)
     return std::any_of(all.begin(), all.end(), [id](const VWContext& c) { return c.id == id; });
 }
 
-TEST(ViewerContexts, PushListsAndRemoveTakesAway)
+TEST(ViewerContexts, PushListsRemoveTakesAwayAndNullArgumentsAreRefused)
 {
     CDSInteractiveTool first, second;
     int object = 0;
-    uint32_t a = 0, b = 0;
+    uint32_t a = 0, b = 0, refused = 77;
     const std::size_t before = VWControllerListContexts().size();
+    EXPECT_EQ(VWControllerPushContext(3, &first, nullptr, nullptr, nullptr, 0.0, nullptr), E_POINTER);
+    EXPECT_EQ(VWControllerPushContext(3, nullptr, nullptr, nullptr, nullptr, 0.0, &refused), E_INVALIDARG);
+    EXPECT_EQ(refused, 0u);
     ASSERT_EQ(VWControllerPushContext(3, &first, &object, nullptr, nullptr, 0.0, &a), S_OK);
     ASSERT_EQ(VWControllerPushContext(5, &second, nullptr, nullptr, nullptr, 0.5, &b), S_OK);
-    EXPECT_NE(a, 0u);
-    EXPECT_NE(b, 0u);
-    EXPECT_NE(a, b);
-    std::vector<VWContext> all = VWControllerListContexts();
+    EXPECT_TRUE(a != 0 && b != 0 && a != b);
+    const std::vector<VWContext> all = VWControllerListContexts();
     ASSERT_EQ(all.size(), before + 2);
-    const VWContext& older = all[all.size() - 2];
-    const VWContext& newer = all.back();
-    EXPECT_EQ(older.id, a);
-    EXPECT_EQ(older.kind, 3);
-    EXPECT_EQ(older.tool, &first);
-    EXPECT_EQ(older.object, &object);
-    EXPECT_EQ(newer.id, b);
-    EXPECT_EQ(newer.tool, &second);
-    EXPECT_EQ(newer.value, 0.5);
-
+    const VWContext &older = all[all.size() - 2], &newer = all.back();
+    EXPECT_EQ(std::tuple(older.id, older.kind, older.tool, older.object), std::tuple(a, 3, &first, &object));
+    EXPECT_EQ(std::tuple(newer.id, newer.kind, newer.tool, newer.value), std::tuple(b, 5, &second, 0.5));
     EXPECT_EQ(VWControllerRemoveContext(a), S_OK);
-    EXPECT_FALSE(listed(a));
-    EXPECT_TRUE(listed(b));
+    EXPECT_TRUE(!listed(a) && listed(b));
     EXPECT_EQ(VWControllerRemoveContext(a), E_INVALIDARG);
+    EXPECT_EQ(VWControllerRemoveContext(0), E_INVALIDARG);
     EXPECT_EQ(VWControllerRemoveContext(b), S_OK);
     EXPECT_EQ(VWControllerListContexts().size(), before);
-}
-
-TEST(ViewerContexts, PushRefusesNullArguments)
-{
-    CDSInteractiveTool tool;
-    const std::size_t before = VWControllerListContexts().size();
-    EXPECT_EQ(VWControllerPushContext(3, &tool, nullptr, nullptr, nullptr, 0.0, nullptr), E_POINTER);
-    uint32_t context = 77;
-    EXPECT_EQ(VWControllerPushContext(3, nullptr, nullptr, nullptr, nullptr, 0.0, &context), E_INVALIDARG);
-    EXPECT_EQ(context, 0u);
-    EXPECT_EQ(VWControllerListContexts().size(), before);
-    EXPECT_EQ(VWControllerRemoveContext(0), E_INVALIDARG);
 }
 
 }  // namespace
