@@ -106,7 +106,7 @@ TEST(ImageClone, CopiesOfAMebibyteOrMoreGoThroughTheRowHookAndRegionsFollowRegio
             ASSERT_NE(copy, nullptr);
             EXPECT_EQ(hook.calls, hooked && width == 1024 ? 1 : 0);
             EXPECT_EQ(hook.rows, hook.calls ? height : 0);
-            EXPECT_EQ(std::memcmp(copy->pixels, source->pixels, static_cast<size_t>(width) * height), 0);
+            EXPECT_EQ(std::memcmp(copy->pixels, source->pixels, size_t(width) * height), 0);
             EXPECT_EQ(copy->regionSet, source->regionSet);
             EXPECT_EQ(copy->region[2], width == 1024 ? 99u : 0u);
             image_free(source);
