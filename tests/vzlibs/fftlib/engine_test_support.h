@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
+#include <numeric>
 #include <optional>
 #include <random>
 #include <string>
@@ -28,7 +29,6 @@ struct Image {
     explicit Image(ImageRec* r) : rec(r) {}
     ~Image() { image_free(rec); }
     Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
 
     uint8_t* at(int x, int y, int c) const
     {
@@ -37,25 +37,16 @@ struct Image {
     uint32_t get(int x, int y, int c) const
     {
         uint32_t v = 0;
-        std::memcpy(&v, at(x, y, c), rec->sampleBytes);
-        return v;
+        return std::memcpy(&v, at(x, y, c), rec->sampleBytes), v;
     }
     void set(int x, int y, int c, uint32_t v) { std::memcpy(at(x, y, c), &v, rec->sampleBytes); }
-    template <typename F> void each(F f) const  // f(x, y, c)
+    template <typename F> void each(F f) const  // f(x, y, c) over every sample
     {
-        for (int y = 0; y < rec->height; ++y)
-            for (int x = 0; x < rec->width; ++x)
-                for (int c = 0; c < rec->channels; ++c)
-                    f(x, y, c);
+        for (int i = 0; i < rec->width * rec->height * rec->channels; ++i)
+            f(i / rec->channels % rec->width, i / rec->channels / rec->width, i % rec->channels);
     }
-    void fill(uint32_t v)
-    {
-        each([&](int x, int y, int c) { set(x, y, c, v); });
-    }
-    bool sameBytes(const Image& o) const
-    {
-        return std::memcmp(rec->pixels, o.rec->pixels, size_t(rec->rowBytes) * rec->height) == 0;
-    }
+    void fill(uint32_t v) { each([&](int x, int y, int c) { set(x, y, c, v); }); }
+    bool sameBytes(const Image& o) const { return std::memcmp(rec->pixels, o.rec->pixels, size_t(rec->rowBytes) * rec->height) == 0; }
 };
 
 // An environment variable, put back as it was when the object goes.
@@ -117,25 +108,23 @@ inline std::vector<double> directConvolution(const Image& frame, const ImageRec*
     const size_t n = size_t(w) * h;
     std::vector<double> q(n * 4), c(n * 4, 0.0), out(n * 4);
     for (size_t i = 0; i < n; ++i) {
-        const int x = int(i % w), y = int(i / w);
-        const double r = frame.get(x, y, 0) / m, g = frame.get(x, y, 1) / m, b = frame.get(x, y, 2) / m;
-        const double a = withAlpha ? frame.get(x, y, 3) / m : 0.0;
+        auto in = [&](int ch) { return frame.get(int(i % w), int(i / w), ch) / m; };
+        const double r = in(0), g = in(1), b = in(2), a = withAlpha ? in(3) : 0.0;
         q[i * 4] = emphasise(0.299 * r + 0.587 * g + 0.114 * b, e);
         q[i * 4 + 1] = 0.5 * r - 0.418688 * g - 0.081312 * b + 0.5;
         q[i * 4 + 2] = 0.617689 * b - 0.418688 * g - 0.213267 * r + 0.5;
         q[i * 4 + 3] = alphaEmphasis ? emphasise(a, e) : a;
     }
-    // out(x, y) = sum of psf(u, v) * in(x - (u - w/2), y - (v - h/2)), normalised.
+    // out(x, y) = sum of psf(u, v) * in(x - (u - cx), y - (v - cy)), normalised,
+    // with the PSF's centre (cx, cy) = (ceil(w / 2), ceil(h / 2)).
     const auto* kp = static_cast<const uint8_t*>(psf->pixels);
-    double sum = 0;
-    for (size_t i = 0; i < n; ++i)
-        sum += kp[i];
+    const double sum = std::accumulate(kp, kp + n, 0.0);
     for (int v = 0; v < h; ++v)
         for (int u = 0; u < w; ++u) {
             const double wt = kp[v * w + u] / sum;
             for (size_t i = 0; wt != 0 && i < n; ++i) {
-                const int sx = std::clamp(int(i % w) - (u - w / 2), 0, w - 1);
-                const int sy = std::clamp(int(i / w) - (v - h / 2), 0, h - 1);
+                const int sx = std::clamp(int(i % w) - (u - (w + 1) / 2), 0, w - 1);
+                const int sy = std::clamp(int(i / w) - (v - (h + 1) / 2), 0, h - 1);
                 for (int p = 0; p < 4; ++p)
                     c[i * 4 + p] += wt * q[(size_t(sy) * w + sx) * 4 + p];
             }
@@ -154,10 +143,8 @@ inline std::vector<double> directConvolution(const Image& frame, const ImageRec*
 template <typename List = PolygonList> List makePolygon(std::initializer_list<std::pair<double, double>> points)
 {
     List polygon{};
-    for (const auto& [x, y] : points) {
-        polygon.points[polygon.count][0] = float(x);
-        polygon.points[polygon.count++][1] = float(y);
-    }
+    for (const auto& [x, y] : points)
+        polygon.points[polygon.count][0] = float(x), polygon.points[polygon.count++][1] = float(y);
     return polygon;
 }
 
@@ -182,13 +169,12 @@ struct Extent {
 inline Extent measure(const ImageRec* image)
 {
     Extent e;
-    for (int y = 0; y < image->height; ++y)
-        for (int x = 0; x < image->width; ++x)
-            if (const int v = at(image, x, y)) {
-                e.minX = std::min(e.minX, x), e.maxX = std::max(e.maxX, x);
-                e.minY = std::min(e.minY, y), e.maxY = std::max(e.maxY, y);
-                ++e.count, e.area += v / 255.0;
-            }
+    for (int i = 0; i < image->width * image->height; ++i)
+        if (const int v = at(image, i % image->width, i / image->width)) {
+            e.minX = std::min(e.minX, i % image->width), e.maxX = std::max(e.maxX, i % image->width);
+            e.minY = std::min(e.minY, i / image->width), e.maxY = std::max(e.maxY, i / image->width);
+            ++e.count, e.area += v / 255.0;
+        }
     return e;
 }
 

@@ -1,5 +1,5 @@
 // FftEngine's rules in every mode: the size rule, refusals and their codes,
-// failed resources, the planes it keeps; then plan reuse, the kernel's
+// the planes, failed resources; then VZ_FFT_MODE, plan reuse, the kernel's
 // centring and engines on two threads.
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -10,6 +10,7 @@
 
 #include "engine_test_support.h"
 #include "vzlibs/baselib/heap.h"
+#include "tests/vzlibs/baselib/test_support.h"
 #include "vzlibs/fftlib/fft_mode_environment.h"
 
 using namespace enginetest;
@@ -117,8 +118,8 @@ TEST_P(EngineModes, EveryRefusalIsAStatusAndFalseAndTouchesNothing)
     for (uint32_t mask : {3u, 8u, 0u})
         expectStatus(engine.Run(out.rec, mask), FFT_ERR_CHANNELS);
     EXPECT_TRUE(out.sameBytes(smallFrame));
-    expectStatus(engine.SetBorderMode(0), FFT_ERR_ARGUMENT);
-    expectStatus(engine.SetBorderMode(3), FFT_ERR_ARGUMENT);
+    for (int mode : {0, 3})
+        expectStatus(engine.SetBorderMode(mode), FFT_ERR_ARGUMENT);
     EXPECT_EQ(engine.borderMode, 2);
     engine.SetBrightEmphasis(-1.0f);
     EXPECT_EQ(engine.brightEmphasis, 0.0f);
@@ -130,8 +131,20 @@ TEST_P(EngineModes, EveryRefusalIsAStatusAndFalseAndTouchesNothing)
     EXPECT_TRUE(engine.Run(three.rec, 15));
     EXPECT_NEAR(double(three.get(4, 4, 0)), smallFrame.get(4, 4, 0), 1.0);
 
-    // A size beyond every transform: the old planes stay, the new size is not served.
+    // Planes of W x H samples and spectra of H rows of W / 2 + 1 complex samples,
+    // in the mode's precision only. FFTW's allocator rounds up by less than a page.
+    const size_t sample = single ? sizeof(float) : sizeof(double);
     const auto before = planes(engine, single);
+    for (size_t i = 0; i < before.size(); ++i) {
+        const size_t bytes = i < 5 ? smallW * smallH * sample : smallH * (smallW / 2 + 1) * 2 * sample;
+        ASSERT_NE(before[i], nullptr);
+        EXPECT_GE(malloc_usable_size(const_cast<void*>(before[i])), bytes) << i;
+        EXPECT_LT(malloc_usable_size(const_cast<void*>(before[i])), bytes + 4096) << i;
+    }
+    EXPECT_EQ(planes(engine, !single), (std::array<const void*, 7>{}));
+    EXPECT_TRUE(single ? !engine.kernelForwardPlan && !engine.workInversePlan
+                       : !engine.single.kernelForwardPlan && !engine.single.workInversePlan);
+    // A size beyond every transform: the old planes stay, the new size is not served.
     expectStatus(engine.PrepareKernel(bigPsf.rec, 4000), FFT_ERR_SIZE);
     EXPECT_TRUE(engine.paddedWidth == smallW && engine.paddedHeight == smallH && planes(engine, single) == before);
     expectBigFrameRefused(engine);
@@ -144,10 +157,8 @@ TEST_P(EngineModes, EveryRefusalIsAStatusAndFalseAndTouchesNothing)
     expectStatus(engine.BuildImagePsf(floats.rec, 10, 10, 3.0f, 1.0f), FFT_ERR_PSF_TYPE);
     expectBigFrameRefused(engine);
     // A good preparation puts everything right again.
-    ASSERT_TRUE(engine.PrepareKernel(bigPsf.rec, 4));
-    ASSERT_TRUE(engine.SetInput(bigFrame.rec));
     Image bigOut(image_clone(bigFrame.rec));
-    EXPECT_TRUE(engine.Run(bigOut.rec, 15));
+    EXPECT_TRUE(engine.PrepareKernel(bigPsf.rec, 4) && engine.SetInput(bigFrame.rec) && engine.Run(bigOut.rec, 15));
 }
 
 // NORMAL allocations fail while armed: the kernel's scratch row comes from there.
@@ -169,8 +180,7 @@ TEST_P(EngineModes, FailedResourcesTouchNothingAndLeaveTheSizeUnserved)
         {true, {FFT_RESOURCE_PLAN, 2}}};
     for (auto [inRun, script] : failures) {
         FftEngine engine(GetParam());
-        ASSERT_TRUE(engine.PrepareKernel(smallPsf.rec, 4));
-        ASSERT_TRUE(engine.SetInput(smallFrame.rec));
+        ASSERT_TRUE(engine.PrepareKernel(smallPsf.rec, 4) && engine.SetInput(smallFrame.rec));
         engine.SetFailureHook(&script, scriptedFailure);
         Image out(image_clone(smallFrame.rec));
         EXPECT_FALSE(inRun ? engine.Run(out.rec, 15) : engine.PrepareKernel(bigPsf.rec, 4)) << script.failAt;
@@ -196,38 +206,42 @@ TEST_P(EngineModes, FailedResourcesTouchNothingAndLeaveTheSizeUnserved)
     scratchFails = false;
     hm_configure(0, 0, 0);
     hm_set_allocators(nullptr, nullptr);
-    EXPECT_FALSE(prepared);
-    EXPECT_EQ(engine.GetStatus(), FFT_ERR_MEMORY);
-    ASSERT_TRUE(engine.SetInput(smallFrame.rec));
+    EXPECT_TRUE(!prepared && engine.GetStatus() == FFT_ERR_MEMORY);
     Image out(image_clone(smallFrame.rec));
+    ASSERT_TRUE(engine.SetInput(smallFrame.rec));
     EXPECT_FALSE(engine.Run(out.rec, 15));
     EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
 }
 
-TEST_P(EngineModes, PlanesAreOfTheModesSizeAndPrecisionOnly)
-{
-    FftEngine engine(GetParam());
-    ASSERT_TRUE(engine.PrepareKernel(smallPsf.rec, 4));
-    ASSERT_TRUE(engine.SetInput(smallFrame.rec));
-    Image out(image_clone(smallFrame.rec));
-    ASSERT_TRUE(engine.Run(out.rec, 15));
-    // W x H samples a plane; H rows of W / 2 + 1 complex samples a spectrum.
-    // FFTW's allocator rounds a block up by less than a page.
-    const size_t sample = single ? sizeof(float) : sizeof(double);
-    const auto mine = planes(engine, single);
-    for (size_t i = 0; i < mine.size(); ++i) {
-        const size_t bytes = i < 5 ? smallW * smallH * sample : smallH * (smallW / 2 + 1) * 2 * sample;
-        ASSERT_NE(mine[i], nullptr);
-        EXPECT_GE(malloc_usable_size(const_cast<void*>(mine[i])), bytes) << i;
-        EXPECT_LT(malloc_usable_size(const_cast<void*>(mine[i])), bytes + 4096) << i;
-    }
-    for (const void* other : planes(engine, !single))
-        EXPECT_EQ(other, nullptr);
-    EXPECT_TRUE(single ? !engine.kernelForwardPlan && !engine.workInversePlan
-                       : !engine.single.kernelForwardPlan && !engine.single.workInversePlan);
-}
-
 INSTANTIATE_TEST_SUITE_P(Modes, EngineModes, ::testing::Values(FFT_MODE_FFTW, FFT_MODE_FAST, FFT_MODE_FAST_FLOAT));
+
+TEST(FastModeVariable, NamesTheModeOfAnEngineAskedForModeFourAndWarnsOnceForAnUnknownValue)
+{
+    SavedVariable restore{FFT_MODE_VARIABLE};
+    struct Case {
+        const char* value;  // null: unset
+        uint32_t mode;
+        const char* shown;  // the value as the warning line shows it; null: no line
+    } cases[] = {{nullptr, FFT_MODE_FFTW, nullptr},   {"", FFT_MODE_FFTW, nullptr},
+                 {"faithful", FFT_MODE_FFTW, nullptr}, {"fast", FFT_MODE_FAST, nullptr},
+                 {"fast-float", FFT_MODE_FAST_FLOAT, nullptr}, {"Fast", FFT_MODE_FFTW, "\"Fast\""},
+                 {"50%s%n", FFT_MODE_FFTW, "\"50?s?n\""}};  // the log formats its text again
+    for (const Case& c : cases) {
+        c.value ? setenv(FFT_MODE_VARIABLE, c.value, 1) : unsetenv(FFT_MODE_VARIABLE);
+        LogCapture log;
+        EXPECT_EQ(FftEngine().mode, c.mode) << (c.value ? c.value : "(unset)");
+        const std::string text = log.take();
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), c.shown ? 1 : 0) << text;
+        if (c.shown) {
+            EXPECT_NE(text.find("WARN"), std::string::npos) << text;
+            EXPECT_NE(text.find(c.shown), std::string::npos) << text;
+        }
+    }
+    // Mode 5 is mode 4 and follows the variable too; a mode asked for by name does not.
+    setenv(FFT_MODE_VARIABLE, "fast", 1);
+    EXPECT_EQ(FftEngine(5).mode, FFT_MODE_FAST);
+    EXPECT_EQ(FftEngine(FFT_MODE_FAST_FLOAT).mode, FFT_MODE_FAST_FLOAT);
+}
 
 TEST(EnginePlans, KeptWhileTheTransformSizeStays)
 {

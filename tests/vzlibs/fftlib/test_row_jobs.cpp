@@ -1,38 +1,15 @@
-// Row jobs: the four-thread split, the engine's use of a runner, abort checks.
+// Row jobs: the engine's use of a runner and of abort checks.
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <mutex>
 #include <set>
 
 #include "engine_test_support.h"
 #include "generic/library/PluginVZ.h"
-#include "generic/library/RunFourThreads.h"
 
 using namespace enginetest;
 
 namespace {
-
-using Slices = std::set<std::pair<int, int>>;
-std::mutex sliceLock;
-void recordSlice(void* object, int first, int last)
-{
-    std::lock_guard<std::mutex> guard(sliceLock);
-    static_cast<Slices*>(object)->insert({first, last});
-}
-
-TEST(FourThreadSplit, SlicesAreCountOverFourAndTheRemainderIsDropped)
-{
-    // Fewer than four rows: four calls, each with first > last.
-    const std::pair<int, Slices> cases[] = {{8, {{0, 1}, {2, 3}, {4, 5}, {6, 7}}},
-                                            {10, {{0, 1}, {2, 3}, {4, 5}, {6, 7}}},
-                                            {3, {{0, -1}}}};
-    for (const auto& [count, want] : cases) {
-        Slices got;
-        RunFourThreads(&got, recordSlice, count);
-        EXPECT_EQ(got, want) << count;
-    }
-}
 
 std::atomic<int> abortPolls{0};
 void* abortContextSeen = nullptr;
@@ -52,8 +29,7 @@ protected:
         static_cast<uint8_t*>(psf.rec->pixels)[(H / 2) * W + W / 2 + 1] = 128;
         frame.each([&](int x, int y, int c) { frame.set(x, y, c, uint32_t((x * 997 + y * 131 + c * 17) % 60000)); });
     }
-    // Runs the frame through `engine` and returns the rows of the output that
-    // still hold the sentinel.
+    // Rows of the output of `engine` that still hold the sentinel.
     std::set<int> untouchedRows(FftEngine& engine)
     {
         Image out(W, H, 4, 1);
@@ -71,6 +47,7 @@ protected:
 
 TEST_F(EngineRowJobs, FourThreadRunnerLeavesTheLastHeightModFourRowsAndNoRunnerOrContextDoesAll)
 {
+    // The runner cuts a job in four slices of count / 4 rows and drops the rest.
     FftEngine runner, inlined, nullContext;
     runner.SetRowRunner(&context, PluginVZ::RunRows);
     EXPECT_EQ(untouchedRows(runner), (std::set<int>{484, 485}));

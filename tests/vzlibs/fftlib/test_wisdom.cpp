@@ -34,15 +34,14 @@ template <typename Real> bool measuredWisdomFor(int side)
     Real* real = static_cast<Real*>(F::allocate(sizeof(Real) * side * side));
     auto* spectrum = static_cast<typename F::Complex*>(F::allocate(sizeof(typename F::Complex) * side * (side / 2 + 1)));
     F::planWithThreads(get_processor_count());
-    typename F::Plan forward = F::planForward(side, side, real, spectrum, FFTW_MEASURE | FFTW_WISDOM_ONLY);
-    typename F::Plan inverse = F::planInverse(side, side, spectrum, real, FFTW_MEASURE | FFTW_WISDOM_ONLY);
-    const bool both = forward && inverse;
-    for (typename F::Plan plan : {forward, inverse})
+    const typename F::Plan plans[] = {F::planForward(side, side, real, spectrum, FFTW_MEASURE | FFTW_WISDOM_ONLY),
+                                      F::planInverse(side, side, spectrum, real, FFTW_MEASURE | FFTW_WISDOM_ONLY)};
+    for (typename F::Plan plan : plans)
         if (plan)
             F::destroy(plan);
     F::release(real);
     F::release(spectrum);
-    return both;
+    return plans[0] && plans[1];
 }
 
 std::string contents(const fs::path& path)
@@ -60,8 +59,7 @@ protected:
     {
         char dir[] = "/tmp/vzwisdomXXXXXX";
         ASSERT_NE(mkdtemp(dir), nullptr);
-        home = dir;
-        fs::create_directory(home / "Settings");
+        fs::create_directory((home = dir) / "Settings");
         setenv("VZ_HOME_DIR", dir, 1);
         setenv("VZ_USE_FFTW_WISDOM", "", 1);  // any value, even empty
         unsetenv("VZ_FFT_MODE");
@@ -73,8 +71,7 @@ protected:
     void TearDown() override
     {
         fftw_forget_wisdom();
-        std::error_code ignored;
-        fs::remove_all(home, ignored);
+        fs::remove_all(home);
     }
     enginetest::SavedVariable savedHome{"VZ_HOME_DIR"}, savedWisdom{"VZ_USE_FFTW_WISDOM"}, savedMode{"VZ_FFT_MODE"};
     fs::path home;
@@ -133,8 +130,7 @@ TEST_F(WisdomTest, WithoutTheVariableNothingIsReadOrWritten)
         ASSERT_TRUE(frame.both(*engine));
         EXPECT_EQ(engine->wisdomLoaded, 0u);
         engine.reset();  // the destructor saves too, when it may
-        EXPECT_EQ(fs::exists(doubleFile()), *left != 0);
-        EXPECT_EQ(contents(doubleFile()), left);
+        EXPECT_TRUE(fs::exists(doubleFile()) == (*left != 0) && contents(doubleFile()) == left);
     }
 }
 
