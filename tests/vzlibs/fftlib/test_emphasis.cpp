@@ -12,12 +12,6 @@ namespace {
 // The curve's exponent above e = 50: (min(e, 500) - 50) x 0.03 + 1.
 double exponentFor(double e) { return e > 50.0 ? (std::min(e, 500.0) - 50.0) * 0.03 + 1.0 : 1.0; }
 
-double hyperbola(double x, double e)
-{
-    const double a = 1.0 / e, d = e - a;
-    return (1.0 / ((1.0 - x) * d + a) - a) / d;
-}
-
 TEST(EmphasisCurve, IdentityUpTo1001AndClampedAbove)
 {
     for (double e : {0.0, 0.5, 1.0, 1.001})
@@ -42,17 +36,13 @@ TEST(EmphasisCurve, HyperbolaThenPowerWithItsExponentCappedAt500)
     EXPECT_DOUBLE_EQ(exponentFor(800.0), 14.5);
     for (double e : {1.002, 3.0, 10.0, 50.0, 50.5, 60.0, 333.0, 500.0, 800.0})
         for (double x : {0.0, 0.05, 0.3, 0.5, 0.77, 0.99, 1.0}) {
-            const double want = std::pow(hyperbola(x, e), exponentFor(e));
+            const double a = 1.0 / e, d = e - a;
+            const double want = std::pow((1.0 / ((1.0 - x) * d + a) - a) / d, exponentFor(e));
             EXPECT_NEAR(emphasise(x, e), want, 1e-14 * std::max(want, 1e-3)) << "x=" << x << " e=" << e;
             // The inverse: the root first, then the hyperbola's inverse.
             const double root = std::pow(x, 1.0 / exponentFor(e));
-            const double a = 1.0 / e, d = e - a;
             EXPECT_NEAR(deemphasise(x, e), 1.0 - (1.0 / (root * d + a) - a) / d, 1e-13) << "x=" << x << " e=" << e;
         }
-    // Round trip within rounding where the curve keeps the value representable.
-    for (double e : {2.0, 50.0, 120.0})
-        for (double x = 0.2; x <= 1.0; x += 0.2)
-            EXPECT_NEAR(deemphasise(emphasise(x, e), e), x, 1e-9);
 }
 
 }  // namespace

@@ -3,73 +3,61 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
+#include <memory>
 #include <vector>
 
-#include "aperture_test_support.h"
-#include "vzlibs/fftlib/FftEngine.h"
+#include "engine_test_support.h"
 
 namespace {
 
+using enginetest::Image;
+
 class ImagePsf : public ::testing::Test {
 protected:
-    void TearDown() override
-    {
-        for (ImageRec* image : sources)
-            image_free(image);
-    }
-    // Channel 0 is `value` (at (dotX, dotY) only, when a dot is given, 0
+    // Channel 0 is `value` (at (dotX, dotY) only when a dot is given, 0
     // elsewhere); the other channels are 250.
     ImageRec* source(int w, int h, uint32_t value, int type = IMAGE_U8, int channels = 1, int dotX = -1, int dotY = -1)
     {
-        ImageRec* image = sources.emplace_back(image_create(w, h, channels, type, 1));
-        for (int y = 0; y < h; ++y)
-            for (int x = 0; x < w; ++x)
-                for (int c = 0; c < channels; ++c) {
-                    const uint32_t v = c ? 250u : dotX < 0 || (x == dotX && y == dotY) ? value : 0u;
-                    std::memcpy(static_cast<unsigned char*>(image->pixels) + size_t(y) * image->rowBytes +
-                                    size_t(x) * image->pixelBytes + size_t(c) * image->sampleBytes,
-                                &v, image->sampleBytes);  // little-endian
-                }
-        return image;
+        Image& image = *sources.emplace_back(std::make_unique<Image>(w, h, channels, type));
+        image.each([&](int x, int y, int c) {
+            image.set(x, y, c, c ? 250u : dotX < 0 || (x == dotX && y == dotY) ? value : 0u);
+        });
+        return image.rec;
     }
-    int at(int x, int y) const { return aperture_test::at(engine.psfImage, x, y); }
-    int count() const { return aperture_test::measure(engine.psfImage).count; }
+    int at(int x, int y) const { return enginetest::at(engine.psfImage, x, y); }
+    int count() const { return enginetest::measure(engine.psfImage).count; }
 
     FftEngine engine;
-    std::vector<ImageRec*> sources;
+    std::vector<std::unique_ptr<Image>> sources;
 };
 
-TEST_F(ImagePsf, WeightFallsLinearlyOverTheSoftness)
+TEST_F(ImagePsf, WeightFallsLinearlyOverTheSoftnessAndTheMarginIsTheReachPlusOne)
 {
     // Radius 0: a cone, full only at the centre, zero at distance 20.
     ASSERT_TRUE(engine.BuildImagePsf(source(40, 40, 200), 20, 20, 0.0f, 20.0f));
-    EXPECT_EQ(at(20, 20), 200);
-    EXPECT_EQ(at(30, 20), 100);
-    EXPECT_EQ(at(20, 15), 150);
-    EXPECT_EQ(at(23, 24), 150);  // distance 5 on a diagonal
-    EXPECT_EQ(at(0, 20), 0);
-    // Softness below 1 counts as 1.
+    EXPECT_EQ(engine.padMargin, 21);
+    const int cone[][3] = {{20, 20, 200}, {30, 20, 100}, {20, 15, 150}, {23, 24, 150}, {0, 20, 0}};
+    for (const auto& p : cone)
+        EXPECT_EQ(at(p[0], p[1]), p[2]) << p[0] << "," << p[1];
+    // Softness below 1 counts as 1; the weighted sample is truncated.
     ASSERT_TRUE(engine.BuildImagePsf(source(40, 40, 200), 20, 20, 5.0f, 0.0f));
+    EXPECT_EQ(engine.padMargin, 7);
     EXPECT_EQ(at(25, 20), 200);
-    EXPECT_NEAR(at(24, 24), 200.0 * (6.0 - std::sqrt(32.0)), 1.0);
+    EXPECT_EQ(at(24, 24), int(200.0 * (6.0 - std::sqrt(32.0))));
     EXPECT_EQ(at(26, 20), 0);
 }
 
-TEST_F(ImagePsf, CornerCentreGivesAQuarterDisc)
+TEST_F(ImagePsf, CornerCentreGivesAQuarterDiscAndTheRestIsLost)
 {
+    // Full within radius 8 of (20, 15), painted to distance 9, nothing above or left.
     ASSERT_TRUE(engine.BuildImagePsf(source(40, 30, 255), 0, 0, 8.0f, 2.0f));
-    int full = 0, within = 0;
-    for (int y = 0; y < 30; ++y)
-        for (int x = 0; x < 40; ++x) {
-            if (x < 20 || y < 15) {
-                ASSERT_EQ(at(x, y), 0) << x << "," << y;
-            }
-            full += at(x, y) == 255;
-            within += (x - 20) * (x - 20) + (y - 15) * (y - 15) <= 64 && x >= 20 && y >= 15;
-        }
-    EXPECT_EQ(full, within);
-    EXPECT_GT(at(27, 19), 0);
+    const enginetest::Extent e = enginetest::measure(engine.psfImage);
+    EXPECT_TRUE(e.minX == 20 && e.minY == 15 && e.maxX == 29 && e.maxY == 24);
+    int within = 0;
+    for (int i = 0; i < 81; ++i)
+        within += (i % 9) * (i % 9) + (i / 9) * (i / 9) <= 64;
+    const std::vector<unsigned char> p = enginetest::picture(engine.psfImage);
+    EXPECT_EQ(std::count(p.begin(), p.end(), 255), within);
 }
 
 TEST_F(ImagePsf, CutOutsWithoutStructureBecomeTheSinglePixel)
@@ -88,26 +76,26 @@ TEST_F(ImagePsf, CutOutsWithoutStructureBecomeTheSinglePixel)
 TEST_F(ImagePsf, ReadsTheTopByteOfChannelZeroAroundTheLowerMiddle)
 {
     // Width 5, height 4: the centre (1, 3) lands on (2, 2).
-    ASSERT_TRUE(engine.BuildImagePsf(source(5, 4, 90u, IMAGE_U8, 3, 1, 3), 1, 3, 50.0f, 1.0f));
-    EXPECT_EQ(at(2, 2), 90);
-    EXPECT_EQ(count(), 1);
-    ASSERT_TRUE(engine.BuildImagePsf(source(5, 4, 0xAB12u, IMAGE_U16, 4, 1, 3), 1, 3, 50.0f, 1.0f));
-    EXPECT_EQ(at(2, 2), 0xAB);
-    ASSERT_TRUE(engine.BuildImagePsf(source(5, 4, 0xCD123456u, IMAGE_I32, 1, 1, 3), 1, 3, 50.0f, 1.0f));
-    EXPECT_EQ(at(2, 2), 0xCD);
+    const struct { uint32_t value; int type, channels, top; } cases[] = {
+        {90u, IMAGE_U8, 3, 90}, {0xAB12u, IMAGE_U16, 4, 0xAB}, {0xCD123456u, IMAGE_I32, 1, 0xCD}};
+    for (const auto& c : cases) {
+        ASSERT_TRUE(engine.BuildImagePsf(source(5, 4, c.value, c.type, c.channels, 1, 3), 1, 3, 50.0f, 1.0f));
+        EXPECT_EQ(at(2, 2), c.top);
+        EXPECT_EQ(count(), 1);
+    }
 }
 
 TEST_F(ImagePsf, RefusalsLeaveTheImageAlone)
 {
     ASSERT_TRUE(engine.BuildImagePsf(source(40, 30, 200), 20, 15, 5.0f, 2.0f));
-    const std::vector<unsigned char> before = aperture_test::picture(engine.psfImage);
+    const std::vector<unsigned char> before = enginetest::picture(engine.psfImage);
     EXPECT_FALSE(engine.BuildImagePsf(source(20, 10, 0, IMAGE_F32), 5, 5, 5.0f, 2.0f));
     EXPECT_EQ(engine.GetStatus(), FFT_ERR_PSF_TYPE);
     EXPECT_FALSE(engine.BuildImagePsf(nullptr, 20, 15, 5.0f, 2.0f));
     EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
     EXPECT_FALSE(engine.BuildImagePsf(source(40, 30, 200), 20, 15, std::nanf(""), 2.0f));
     EXPECT_EQ(engine.GetStatus(), FFT_ERR_ARGUMENT);
-    EXPECT_EQ(aperture_test::picture(engine.psfImage), before);
+    EXPECT_EQ(enginetest::picture(engine.psfImage), before);
     EXPECT_FALSE(engine.BuildImagePsf(source(40, 30, 200), 20, 15, 9000.0f, 2.0f));
     EXPECT_EQ(engine.GetStatus(), FFT_ERR_SIZE);
 }

@@ -1,5 +1,5 @@
 // rasterise_polygon: exact coverage at the rim, full pixels inside, the row
-// rules, and refusal of what it cannot paint.
+// rules, and refusal of what it cannot paint; area and clipping at their limits.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,12 +7,12 @@
 #include <random>
 #include <vector>
 
-#include "aperture_test_support.h"
+#include "engine_test_support.h"
 
 namespace {
 
-using aperture_test::makePolygon;
-using aperture_test::picture;
+using enginetest::makePolygon;
+using enginetest::picture;
 using Point = std::pair<double, double>;
 
 // Area of a convex polygon within an axis-aligned box, in double: the box is
@@ -52,13 +52,9 @@ double intersectionArea(const PolygonList& polygon, double left, double top, dou
 
 class RasterisePolygon : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_NE(image, nullptr); }
     void TearDown() override { image_free(image); }
-    void fill(unsigned char value)
-    {
-        std::fill_n(static_cast<unsigned char*>(image->pixels), image->rowBytes * 30u, value);
-    }
-    int at(int x, int y) const { return aperture_test::at(image, x, y); }
+    void fill(unsigned char value) { std::fill_n(static_cast<unsigned char*>(image->pixels), 40 * 30, value); }
+    int at(int x, int y) const { return enginetest::at(image, x, y); }
 
     ImageRec* image = image_create(40, 30, 1, IMAGE_U8, 1);
 };
@@ -152,7 +148,7 @@ TEST_F(RasterisePolygon, RowAndRimRules)
     const PolygonList tiny = makePolygon({{5.2, 4.1}, {5.6, 4.3}, {5.3, 4.8}});
     rasterise_polygon(image, &tiny);
     EXPECT_EQ(at(5, 4), 255);
-    EXPECT_EQ(aperture_test::measure(image).count, 1);
+    EXPECT_EQ(enginetest::measure(image).count, 1);
 }
 
 TEST_F(RasterisePolygon, PaintsNothingItCannotScan)
@@ -168,7 +164,23 @@ TEST_F(RasterisePolygon, PaintsNothingItCannotScan)
     farAway.points[2][1] = 3.0e7f;
     for (const PolygonList* bad : {&tooFew, &tooMany, &notANumber, &farAway})
         rasterise_polygon(image, bad);
-    EXPECT_EQ(picture(image), std::vector<unsigned char>(image->rowBytes * 30u, 7));
+    EXPECT_EQ(picture(image), std::vector<unsigned char>(40 * 30, 7));
+}
+
+TEST(PolygonClip, AreaFarFromTheOriginKeepsFloatPrecisionAndAPlaneStepNeverOverrunsTheList)
+{
+    const auto square =
+        makePolygon<PolygonClip>({{4000.25, 3000.5}, {4001.25, 3000.5}, {4001.25, 3001.5}, {4000.25, 3001.5}});
+    EXPECT_NEAR(polygon_area(&square), 1.0f, 1e-4f);
+    // A zigzag crossing the plane at every edge would need far more room.
+    PolygonClip zigzag{}, out{};
+    for (int i = 0; i < POLYGON_CLIP_VERTICES; ++i) {
+        zigzag.points[i][0] = (i % 2) ? 1.0f : -1.0f;
+        zigzag.points[i][1] = float(i);
+    }
+    zigzag.count = POLYGON_CLIP_VERTICES;
+    clip_polygon_to_plane(&zigzag, &out, 0, 1.0f, 0.0f);
+    EXPECT_EQ(out.count, POLYGON_CLIP_VERTICES);
 }
 
 }  // namespace

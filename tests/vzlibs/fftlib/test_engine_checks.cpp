@@ -1,0 +1,329 @@
+// FftEngine's rules in every mode: the size rule, refusals and their codes,
+// the planes, failed resources; then VZ_FFT_MODE, plan reuse, the kernel's
+// centring and engines on two threads.
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <array>
+#include <memory>
+#include <thread>
+
+#include "engine_test_support.h"
+#include "vzlibs/baselib/heap.h"
+#include "tests/vzlibs/baselib/test_support.h"
+#include "vzlibs/fftlib/fft_mode_environment.h"
+
+using namespace enginetest;
+
+namespace {
+
+// Engines are made in the mode asked for: VZ_FFT_MODE is put aside meanwhile.
+class EngineModes : public ::testing::TestWithParam<uint32_t> {
+protected:
+    void SetUp() override
+    {
+        unsetenv(FFT_MODE_VARIABLE);
+        std::mt19937 rng(9);
+        randomise(smallFrame, rng);
+        randomise(bigFrame, rng);
+    }
+    // A frame of the big size, taken by SetInput after a refused or failed
+    // preparation for it, is refused by Run with nothing written.
+    void expectBigFrameRefused(FftEngine& engine)
+    {
+        ASSERT_TRUE(engine.SetInput(bigFrame.rec));
+        Image out(image_clone(bigFrame.rec));
+        EXPECT_FALSE(engine.Run(out.rec, 15));
+        EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
+        EXPECT_TRUE(out.sameBytes(bigFrame));
+    }
+    // The seven planes of one precision: five real planes, then the two spectra.
+    static std::array<const void*, 7> planes(const FftEngine& e, bool single)
+    {
+        const FftSinglePlanes& s = e.single;
+        if (single)
+            return {s.kernelReal, s.workReal, s.lumaPlane, s.chromaAPlane, s.chromaBPlane, s.kernelSpectrum, s.workSpectrum};
+        return {e.kernelReal, e.workReal, e.lumaPlane, e.chromaAPlane, e.chromaBPlane, e.kernelSpectrum, e.workSpectrum};
+    }
+    SavedVariable savedMode{FFT_MODE_VARIABLE};
+    const bool fast = GetParam() != FFT_MODE_FFTW, single = GetParam() == FFT_MODE_FAST_FLOAT;
+    // 37 + 2 x 4 = 45 = 3^2 5 and 24 + 8 = 32: sides 45 x 32, or 64 in mode 4.
+    const int smallW = fast ? 45 : 64, smallH = fast ? 32 : 64;
+    Image smallPsf{dotPsf(37, 24, 1)}, smallFrame{37, 24, 4, 1};  // an identity kernel: the odd width's
+    // pixel ceil(37 / 2) lands at the origin
+    Image bigPsf{dotPsf(300, 200)}, bigFrame{300, 200, 4, 1};
+};
+
+TEST_P(EngineModes, SizeRuleWorkedExamplesAndARefusalKeepsThePlanes)
+{
+    // Mode 4: one power-of-two side S. Fast modes: each side the smallest at or
+    // above image + 2 x margin with no prime factor above 7. Larger side 2..8192.
+    struct Case {
+        int w, h;
+        uint32_t margin;
+        int S, W, H;  // 0: refused with status 1
+    } cases[] = {
+        {720, 486, 5, 1024, 735, 500},     // 730 .. 734 and 496 .. 499 have a factor above 7; 735 = 3 5 7^2, 500 = 2^2 5^3
+        {1920, 1080, 30, 2048, 2000, 1152},  // 1980 = 2^2 3^2 5 11 ... 2000 = 2^4 5^3; 1140 ... 1152 = 2^7 3^2
+        {1920, 1080, 97, 4096, 2160, 1280},  // 2114 ... 2160 = 2^4 3^3 5; 1274 ... 1280 = 2^8 5
+        {7000, 100, 596, 8192, 8192, 1296},  // 8192 = 2^13, the largest side; 1292 ... 1296 = 2^4 3^4
+        {1, 1, 0, 0, 0, 0},                  // the larger side below 2
+        {1, 1, 1, 4, 3, 3},
+        {7, 5, 0, 8, 7, 5},
+        {7000, 100, 597, 0, 0, 0},  // 8194 above 8192
+        {7000, 100, 0xFFFFFFFFu, 0, 0, 0},
+    };
+    FftEngine engine(GetParam());
+    int lastW = -1, lastH = -1;
+    for (const Case& c : cases) {
+        Image psf(dotPsf(c.w, c.h));
+        const void* plane = planes(engine, single)[0];
+        const int W = fast ? c.W : c.S, H = fast ? c.H : c.S;
+        ASSERT_EQ(engine.PrepareKernel(psf.rec, c.margin), W != 0) << c.w << "x" << c.h << "+" << c.margin;
+        EXPECT_EQ(engine.psfWidth, c.w);  // taken before the size check
+        if (W == 0) {
+            EXPECT_EQ(engine.GetStatus(), FFT_ERR_SIZE);
+            EXPECT_EQ(engine.kernelSource, nullptr);
+            EXPECT_TRUE(engine.paddedWidth == lastW && engine.paddedHeight == lastH && planes(engine, single)[0] == plane);
+            continue;
+        }
+        EXPECT_EQ(engine.GetStatus(), FFT_OK);
+        EXPECT_EQ(engine.paddedWidth, lastW = W);
+        EXPECT_EQ(engine.paddedHeight, lastH = H);
+        EXPECT_EQ(engine.offsetX, (W - c.w) / 2);
+        EXPECT_EQ(engine.offsetY, (H - c.h) / 2);
+    }
+}
+
+TEST_P(EngineModes, EveryRefusalIsAStatusAndFalseAndTouchesNothing)
+{
+    FftEngine engine(GetParam());
+    Image out(image_clone(smallFrame.rec)), shorter(37, 23, 4, 1), otherType(37, 24, 4, 0), twoChannels(37, 24, 2, 1);
+    auto expectStatus = [&engine](bool result, int status) {
+        EXPECT_FALSE(result);
+        EXPECT_EQ(engine.GetStatus(), status);
+    };
+    expectStatus(engine.SetInput(smallFrame.rec), FFT_ERR_INPUT_SIZE);  // before any kernel
+    expectStatus(engine.Run(out.rec, 7), FFT_ERR_NOT_PREPARED);
+    expectStatus(engine.PrepareKernel(nullptr, 3), FFT_ERR_NOT_PREPARED);
+    ASSERT_TRUE(engine.PrepareKernel(smallPsf.rec, 4));
+    for (ImageRec* bad : {static_cast<ImageRec*>(nullptr), bigFrame.rec, shorter.rec})
+        expectStatus(engine.SetInput(bad), FFT_ERR_INPUT_SIZE);
+    ASSERT_TRUE(engine.SetInput(smallFrame.rec));
+    otherType.fill(9);
+    for (ImageRec* bad : {otherType.rec, shorter.rec, static_cast<ImageRec*>(nullptr)})
+        expectStatus(engine.Run(bad, 7), FFT_ERR_IMAGE_MISMATCH);
+    EXPECT_EQ(otherType.get(3, 3, 0), 9u);
+    expectStatus(engine.Run(twoChannels.rec, 7), FFT_ERR_CHANNELS);
+    for (uint32_t mask : {3u, 8u, 0u})
+        expectStatus(engine.Run(out.rec, mask), FFT_ERR_CHANNELS);
+    EXPECT_TRUE(out.sameBytes(smallFrame));
+    for (int mode : {0, 3})
+        expectStatus(engine.SetBorderMode(mode), FFT_ERR_ARGUMENT);
+    EXPECT_EQ(engine.borderMode, 2);
+    engine.SetBrightEmphasis(-1.0f);
+    EXPECT_EQ(engine.brightEmphasis, 0.0f);
+    engine.SetBrightEmphasis(500.5f);
+    EXPECT_EQ(engine.brightEmphasis, 500.0f);
+    engine.SetBrightEmphasis(0.0f);
+    // Another channel count is fine: a three-channel output of a four-channel frame.
+    Image three(37, 24, 3, 1);
+    EXPECT_TRUE(engine.Run(three.rec, 15));
+    EXPECT_NEAR(double(three.get(4, 4, 0)), smallFrame.get(4, 4, 0), 1.0);
+
+    // Planes of W x H samples and spectra of H rows of W / 2 + 1 complex samples,
+    // in the mode's precision only. FFTW's allocator rounds up by less than a page.
+    const size_t sample = single ? sizeof(float) : sizeof(double);
+    const auto before = planes(engine, single);
+    for (size_t i = 0; i < before.size(); ++i) {
+        const size_t bytes = i < 5 ? smallW * smallH * sample : smallH * (smallW / 2 + 1) * 2 * sample;
+        ASSERT_NE(before[i], nullptr);
+        EXPECT_GE(malloc_usable_size(const_cast<void*>(before[i])), bytes) << i;
+        EXPECT_LT(malloc_usable_size(const_cast<void*>(before[i])), bytes + 4096) << i;
+    }
+    EXPECT_EQ(planes(engine, !single), (std::array<const void*, 7>{}));
+    EXPECT_TRUE(single ? !engine.kernelForwardPlan && !engine.workInversePlan
+                       : !engine.single.kernelForwardPlan && !engine.single.workInversePlan);
+    // A size beyond every transform: the old planes stay, the new size is not served.
+    expectStatus(engine.PrepareKernel(bigPsf.rec, 4000), FFT_ERR_SIZE);
+    EXPECT_TRUE(engine.paddedWidth == smallW && engine.paddedHeight == smallH && planes(engine, single) == before);
+    expectBigFrameRefused(engine);
+    expectStatus(engine.SetInput(smallFrame.rec), FFT_ERR_INPUT_SIZE);
+    // Refused PSF builds: a shape too large for any transform, float samples.
+    ASSERT_TRUE(engine.BuildShapePsf(37, 24, 1, 3.0f, 3.0f, 0.0f, 0));
+    expectStatus(engine.BuildShapePsf(300, 200, 1, 5000.0f, 5000.0f, 0.0f, 0), FFT_ERR_SIZE);
+    expectBigFrameRefused(engine);
+    Image floats(300, 200, 1, IMAGE_F32);
+    expectStatus(engine.BuildImagePsf(floats.rec, 10, 10, 3.0f, 1.0f), FFT_ERR_PSF_TYPE);
+    expectBigFrameRefused(engine);
+    // A good preparation puts everything right again.
+    Image bigOut(image_clone(bigFrame.rec));
+    EXPECT_TRUE(engine.PrepareKernel(bigPsf.rec, 4) && engine.SetInput(bigFrame.rec) && engine.Run(bigOut.rec, 15));
+}
+
+// NORMAL allocations fail while armed: the kernel's scratch row comes from there.
+bool scratchFails = false;
+void* failingMalloc(void*, uint32_t size) { return scratchFails ? nullptr : std::malloc(size); }
+void* plainRealloc(void*, void* p, uint32_t size) { return std::realloc(p, size); }
+char* plainStrdup(void*, const char* s) { return strdup(s); }
+void plainFree(void*, void* p) { std::free(p); }
+
+TEST_P(EngineModes, FailedResourcesTouchNothingAndLeaveTheSizeUnserved)
+{
+    // Each plane and plan failing in turn: PrepareKernel's two planes and plan at
+    // a new size, then Run's workReal, workSpectrum, three kept planes and two
+    // plans. Nothing is written, and the next call without the failure works.
+    const std::pair<bool, FailureScript> failures[] = {  // (in Run, script)
+        {false, {FFT_RESOURCE_PLANE, 1}}, {false, {FFT_RESOURCE_PLANE, 2}}, {false, {FFT_RESOURCE_PLAN, 1}},
+        {true, {FFT_RESOURCE_PLANE, 1}},  {true, {FFT_RESOURCE_PLANE, 2}},  {true, {FFT_RESOURCE_PLANE, 3}},
+        {true, {FFT_RESOURCE_PLANE, 4}},  {true, {FFT_RESOURCE_PLANE, 5}},  {true, {FFT_RESOURCE_PLAN, 1}},
+        {true, {FFT_RESOURCE_PLAN, 2}}};
+    for (auto [inRun, script] : failures) {
+        FftEngine engine(GetParam());
+        ASSERT_TRUE(engine.PrepareKernel(smallPsf.rec, 4) && engine.SetInput(smallFrame.rec));
+        engine.SetFailureHook(&script, scriptedFailure);
+        Image out(image_clone(smallFrame.rec));
+        EXPECT_FALSE(inRun ? engine.Run(out.rec, 15) : engine.PrepareKernel(bigPsf.rec, 4)) << script.failAt;
+        EXPECT_EQ(engine.GetStatus(), script.kind == FFT_RESOURCE_PLAN ? FFT_ERR_PLAN : FFT_ERR_MEMORY);
+        engine.SetFailureHook(nullptr, nullptr);
+        if (!inRun) {
+            expectBigFrameRefused(engine);
+            continue;
+        }
+        EXPECT_TRUE(out.sameBytes(smallFrame));
+        EXPECT_TRUE(engine.Run(out.rec, 15));
+    }
+    // The scratch row failing while another kernel of the same size is prepared:
+    // the kernel half made does not serve.
+    FftEngine engine(GetParam());
+    ASSERT_TRUE(engine.PrepareKernel(smallPsf.rec, 4));
+    Image otherPsf(dotPsf(37, 24));
+    const hm_normal_allocator hooks{1, nullptr, failingMalloc, plainRealloc, plainStrdup, plainFree};
+    hm_set_allocators(&hooks, nullptr);
+    hm_configure(1, 0, 0);
+    scratchFails = true;
+    const bool prepared = engine.PrepareKernel(otherPsf.rec, 4);
+    scratchFails = false;
+    hm_configure(0, 0, 0);
+    hm_set_allocators(nullptr, nullptr);
+    EXPECT_TRUE(!prepared && engine.GetStatus() == FFT_ERR_MEMORY);
+    Image out(image_clone(smallFrame.rec));
+    ASSERT_TRUE(engine.SetInput(smallFrame.rec));
+    EXPECT_FALSE(engine.Run(out.rec, 15));
+    EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, EngineModes, ::testing::Values(FFT_MODE_FFTW, FFT_MODE_FAST, FFT_MODE_FAST_FLOAT));
+
+TEST(FastModeVariable, NamesTheModeOfAnEngineAskedForModeFourAndWarnsOnceForAnUnknownValue)
+{
+    SavedVariable restore{FFT_MODE_VARIABLE};
+    struct Case {
+        const char* value;  // null: unset
+        uint32_t mode;
+        const char* shown;  // the value as the warning line shows it; null: no line
+    } cases[] = {{nullptr, FFT_MODE_FFTW, nullptr},   {"", FFT_MODE_FFTW, nullptr},
+                 {"faithful", FFT_MODE_FFTW, nullptr}, {"fast", FFT_MODE_FAST, nullptr},
+                 {"fast-float", FFT_MODE_FAST_FLOAT, nullptr}, {"Fast", FFT_MODE_FFTW, "\"Fast\""},
+                 {"50%s%n", FFT_MODE_FFTW, "\"50?s?n\""}};  // the log formats its text again
+    for (const Case& c : cases) {
+        c.value ? setenv(FFT_MODE_VARIABLE, c.value, 1) : unsetenv(FFT_MODE_VARIABLE);
+        LogCapture log;
+        EXPECT_EQ(FftEngine().mode, c.mode) << (c.value ? c.value : "(unset)");
+        const std::string text = log.take();
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), c.shown ? 1 : 0) << text;
+        if (c.shown) {
+            EXPECT_NE(text.find("WARN"), std::string::npos) << text;
+            EXPECT_NE(text.find(c.shown), std::string::npos) << text;
+        }
+    }
+    // Mode 5 is mode 4 and follows the variable too; a mode asked for by name does not.
+    setenv(FFT_MODE_VARIABLE, "fast", 1);
+    EXPECT_EQ(FftEngine(5).mode, FFT_MODE_FAST);
+    EXPECT_EQ(FftEngine(FFT_MODE_FAST_FLOAT).mode, FFT_MODE_FAST_FLOAT);
+}
+
+TEST(EnginePlans, KeptWhileTheTransformSizeStays)
+{
+    FftEngine engine;
+    auto prepareAndRun = [&engine](int w, int h, uint32_t margin, int S, uint32_t plans) {
+        Image psf(dotPsf(w, h)), frame(w, h, 4, 1);
+        frame.fill(30000);
+        Image out(image_clone(frame.rec));
+        ASSERT_TRUE(engine.PrepareKernel(psf.rec, margin) && engine.SetInput(frame.rec) && engine.Run(out.rec, 15));
+        EXPECT_EQ(engine.paddedWidth, S);
+        EXPECT_EQ(engine.plansMade, plans);
+    };
+    prepareAndRun(20, 12, 2, 32, 3);
+    const fftw_plan kernelPlan = engine.kernelForwardPlan;
+    const double* luma = engine.lumaPlane;
+    prepareAndRun(18, 14, 5, 32, 3);  // new margin and size, same S: no planner call
+    EXPECT_EQ(engine.kernelForwardPlan, kernelPlan);
+    EXPECT_EQ(engine.lumaPlane, luma);
+    prepareAndRun(40, 12, 2, 64, 6);  // everything made again
+}
+
+TEST(EngineKernel, CentringAndTheResidueOfASecondPreparationAtTheSameSize)
+{
+    FftEngine engine;
+    Image centred(dotPsf(16, 16)), shifted(dotPsf(16, 16, 1));
+    ASSERT_TRUE(engine.PrepareKernel(centred.rec, 4));
+    ASSERT_EQ(engine.paddedWidth, 32);
+    EXPECT_NEAR(engine.kernelReal[0], 1.0, 1e-12);
+    // The old kernel, now at the plane's corner, adds 1 to the sum and rotates
+    // back to the middle of the plane.
+    ASSERT_TRUE(engine.PrepareKernel(shifted.rec, 4));
+    EXPECT_NEAR(engine.kernelReal[1], 0.5, 1e-7);
+    EXPECT_NEAR(engine.kernelReal[16 * 32 + 16], 0.5, 1e-7);
+    FftEngine fresh;  // no residue on new planes
+    ASSERT_TRUE(fresh.PrepareKernel(shifted.rec, 4));
+    EXPECT_NEAR(fresh.kernelReal[1], 1.0, 1e-7);
+    // An odd width puts the centre pixel one sample left of the origin.
+    FftEngine odd;
+    Image sevenWide(dotPsf(7, 6));
+    ASSERT_TRUE(odd.PrepareKernel(sevenWide.rec, 0));
+    ASSERT_EQ(odd.paddedWidth, 8);
+    EXPECT_NEAR(odd.kernelReal[7], 1.0, 1e-12);
+}
+
+// Prepares a random kernel for a w x h frame and runs it `frames` times.
+std::vector<uint16_t> render(FftEngine& engine, int w, int h, unsigned seed, int frames)
+{
+    std::mt19937 rng(seed);
+    Image psf(randomPsf(w, h, 5, rng)), frame(w, h, 4, 1);
+    randomise(frame, rng);
+    Image out(image_clone(frame.rec));
+    if (!engine.PrepareKernel(psf.rec, 6) || !engine.SetInput(frame.rec))
+        return {};
+    for (int i = 0; i < frames; ++i)
+        if (!engine.Run(out.rec, 15))
+            return {};
+    const auto* p = static_cast<const uint16_t*>(out.rec->pixels);
+    return {p, p + size_t(w) * h * 4};
+}
+
+TEST(EngineProcess, TwoEnginesOnTwoThreadsMatchOneEngineAlone)
+{
+    std::vector<uint16_t> aloneA, aloneB, gotA, gotB;
+    {
+        FftEngine a, b;
+        aloneA = render(a, 90, 60, 1, 1);
+        aloneB = render(b, 150, 40, 2, 1);
+    }
+    ASSERT_FALSE(aloneA.empty() || aloneB.empty());
+    auto survivor = std::make_unique<FftEngine>(), leaver = std::make_unique<FftEngine>();
+    std::thread ta([&] { gotA = render(*survivor, 90, 60, 1, 4); });
+    std::thread tb([&] { gotB = render(*leaver, 150, 40, 2, 4); });
+    ta.join();
+    tb.join();
+    EXPECT_EQ(gotA, aloneA);
+    EXPECT_EQ(gotB, aloneB);
+    // One goes while the other keeps running and planning new sizes.
+    std::thread tc([&] { gotB = render(*survivor, 150, 40, 2, 2); });
+    leaver.reset();
+    tc.join();
+    EXPECT_EQ(gotB, aloneB);
+    EXPECT_EQ(render(*survivor, 90, 60, 1, 1), aloneA);
+}
+
+}  // namespace
