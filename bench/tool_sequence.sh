@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Times `lumenveil render` on a full-HD 16-bit sequence and sets its frame rate
 # beside the engine's steady-state Run benchmark (four channels, four row
-# threads). The tool reads the next frame and writes the last one while the
+# threads) and the effect's Execute on float frames. The tool reads the next frame and writes the last one while the
 # current one renders, so file work should keep it at 80% of the engine's rate
 # or above.
 #
@@ -54,11 +54,20 @@ tool_fps=$(python3 -c "print(f'{$frames / ($end - $start):.3f}')")
 echo "tool:   $frames frames in $(python3 -c "print(f'{$end - $start:.1f}')") s, $tool_fps frames/s"
 
 if [ -x "$bench" ]; then
-  run_ms=$("$bench" --benchmark_filter='BM_EngineRun/mask:15/threads:1/' --benchmark_format=csv 2>/dev/null |
-           awk -F, '/BM_EngineRun/ { print $3 }' | head -1)
-  engine_fps=$(python3 -c "print(f'{1000 / $run_ms:.3f}')")
-  echo "engine: Run $run_ms ms, $engine_fps frames/s"
-  python3 -c "r = $tool_fps / $engine_fps; print(f'tool / engine: {r:.0%}', '(target 80% or more)')"
+  # The engine's Run alone, and the effect's Execute on float host frames
+  # (what the tool hands a 16-bit file over in): the second adds the effect's
+  # own conversions, which the tool cannot avoid, and leaves the file work.
+  timings=$("$bench" --benchmark_filter='BM_EngineRun/mask:15/threads:1/|BM_Execute/rgba_float' \
+            --benchmark_format=csv 2>/dev/null)
+  run_ms=$(awk -F, '/BM_EngineRun/ { print $3 }' <<<"$timings" | head -1)
+  execute_ms=$(awk -F, '/BM_Execute/ { print $3 }' <<<"$timings" | head -1)
+  python3 - "$tool_fps" "$run_ms" "$execute_ms" <<'PY'
+import sys
+tool, run_ms, execute_ms = float(sys.argv[1]), float(sys.argv[2]), float(sys.argv[3])
+for name, ms in (("engine Run", run_ms), ("effect Execute", execute_ms)):
+    print(f"{name + ':':16s}{ms:.1f} ms, {1000 / ms:.3f} frames/s; tool / it: {tool * ms / 1000:.0%}")
+print("target: the tool at 80% of the engine's rate or more")
+PY
 else
   echo "engine: no benchmark program at $bench (make bench builds it)"
 fi
