@@ -1,6 +1,5 @@
-// Host pixel formats: codes, then decoding and encoding of every format against a
-// reference written here from the format table, the published matrices and the
-// sample rules, one pixel at a time; worked values; field passes; refusals.
+// Host pixel formats: codes, then every format decoded and encoded against a reference written
+// here from the format table, the published matrices and the sample rules; worked values; refusals.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -51,10 +50,8 @@ constexpr float kEncode[7][9] = {
     {6.4882347e-06f, 2.18268378e-05f, 2.20343645e-06f, -3.49656671e-06f, -1.17626887e-05f, 1.52592547e-05f,
      1.52592547e-05f, -1.38600726e-05f, -1.39918211e-06f}};
 
-// Sample rules; a cut is the conversion to int, toward zero, and NaN gives 0. Code
-// 2's colour narrows to 16 bits before its lower limit; float colour is x 32767.5,
-// a float alpha plane x 32767 + 0.5. Y and chroma after the encode matrix: 8 bits
-// + 0.5, cut, offset, limited; 2.14 + 0.5, cut, limited; float Y limited, chroma only above.
+// Sample rules; a cut is the conversion to int, toward zero, and NaN gives 0. Code 2's
+// colour narrows to 16 bits before its lower limit.
 int expand8(int v) { return v << 7 | v >> 1; }
 int fromVideo(int v) { return std::max<int16_t>(0, static_cast<int16_t>((v - 16) * 32767 / 219)); }
 int decodeSample(int bytes, double v, bool alpha)
