@@ -231,16 +231,8 @@ TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
 
 TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
 {
-    // Random samples, colour up to twice full scale for pair formats so that they meet
-    // their limits, and each value once in all four samples of a ramp.
-    VZImage ramp(32768, 1, 0, static_cast<uint16_t*>(nullptr), 0u);
-    for (int i = 0; i < 4 * 32768; ++i)
-        ramp.pixels[i] = static_cast<uint16_t>(i / 4);
+    // Random samples, colour up to twice full scale for pair formats so that they meet their limits.
     for (int code = 1; code <= 16; ++code) {
-        Buffer got(code, 32768, 1), want(got);
-        vzImageToHost(&ramp, got.bytes.data(), 32768, 1, 32768, 1, 0, 0, code, 0);
-        want.encode(ramp.pixels, 32768, 0, 0);
-        EXPECT_THAT(samples(got), ElementsAreArray(samples(want))) << "code " << code << ", all values";
         for (const auto& r : kRegions) {
             VZImage frame(r.w, r.h, 0, static_cast<uint16_t*>(nullptr), 0u);
             uint32_t seed = 99;

@@ -176,20 +176,6 @@ TEST_F(HeapTest, TraceLinesOfEachLayer)
                                  "T vz_free(%p) at [t.cpp(14)]\nT vz_free(%p) at [t.cpp(0)]\nT vz_free(%p) at [t.cpp(15)]\n"
                                  "T vz_image_free(%p) at [t.cpp(16)]\n", a, a, b, source, s, i, b, quiet, s, i));
 
-    // Tracked: a free names where its block was made, on a continuation line.
-    hm_set_allocators(nullptr, nullptr);
-    hm_configure(1, 1, 1);
-    a = vz_malloc(100, "made/here.cpp", 31);
-    i = vz_image_malloc(5, "made/there.cpp", 32);
-    log.take();
-    vz_free(a, "freed/here.cpp", 41);
-    vz_image_free(i, "freed/there.cpp", 42);
-    EXPECT_EQ(messages(), format("T vz_free(%p) at [freed/here.cpp(41)].\n"
-                                 "(VZ LIB)                  :             Alloc at [made/here.cpp(31)], size 100\n"
-                                 "T vz_image_free(%p) at [freed/there.cpp(42)].\n"
-                                 "(VZ LIB)                  :             Alloc at [made/there.cpp(32)], size 5\n",
-                                 a, i));
-
     // Plain: no trace, no hook, and size 0 goes to malloc.
     hm_set_allocators(&normal, &image);
     hm_configure(0, 0, 1);
