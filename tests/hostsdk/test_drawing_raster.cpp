@@ -1,5 +1,4 @@
-// The drawing layer: where its rasterised lines and quads
-// land under viewport, ortho and scale, with their edge coverage and colour.
+// Where the drawing layer's lines and quads land, with edge coverage and colour.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -62,18 +61,12 @@ protected:
     DrawingSurface surface;
 };
 
-TEST_F(Drawing, NothingIsRecordedWithNoSurfaceAndNothingShownWithNoViewport)
-{
-    drawingMakeCurrent(nullptr);
-    glViewport(0, 0, 1, 1);
-    EXPECT_EQ(surface.calls.size(), 4u);
-    EXPECT_TRUE(DrawingSurface().Rasterise().Bytes().empty());
-}
-
 // A horizontal line at object y 121.5, scaled by 0.5: window y 60.75 - 50 =
 // 10.75. Row 10 (centre 10.5) is 0.25 away: coverage 0.75; row 11 is 0.75
-// away: 0.25; row 9 is 1.25 away: nothing.
-TEST_F(Drawing, LineLandsWhereOrthoAndScaleSay)
+// away: 0.25; row 9 is 1.25 away: nothing. A quad from (110, 104.5) to
+// (120.25, 110) lands at window x 10 to 20.25, y 2.25 to 5: columns 10..19 and
+// rows 3..4 covered, column 20 a quarter, row 2 three quarters.
+TEST_F(Drawing, LinesAndQuadsLandWhereOrthoAndScaleSay)
 {
     glScalef(1.0f, 0.5f, 1.0f);
     line(105, 121.5f, 135, 121.5f);  // window x 5 to 35
@@ -83,31 +76,31 @@ TEST_F(Drawing, LineLandsWhereOrthoAndScaleSay)
                   std::tuple(0, byteOf(0.75), byteOf(0.25), 0)) << x;
     // Past the ends (pixel 3's centre is 1.5 from x = 5, 36's from 35), nothing;
     // straight alpha: a partly covered pixel stays white.
-    expectPixels({{3, 10, 0}, {36, 10, 0}, {20, 0, 0}, {20, 11, 255, 0}});
+    quad(110, 104.5f, 120.25f, 110);
+    expectPixels({{3, 10, 0}, {36, 10, 0}, {20, 0, 0}, {20, 11, 255, 0}, {10, 3, 255}, {19, 4, 255},
+                  {20, 3, byteOf(0.25)}, {15, 2, byteOf(0.75)}, {20, 2, byteOf(0.25 * 0.75)}, {9, 3, 0}, {21, 3, 0},
+                  {15, 5, 0}, {15, 1, 0}});
 }
 
 // A diagonal through pixel centres: (105.5, 50.5) to (115.5, 60.5) is window
 // (5.5, 0.5) to (15.5, 10.5). Pixel (10, 5) is on it; pixel (11, 5) is
 // 1 / sqrt(2) away. A line of width 3 at window y 10.5 covers fully to 1 pixel
-// from its axis.
-TEST_F(Drawing, LineCoverageFallsWithDistanceBeyondHalfTheWidth)
+// from its axis. Then red drawn scaled by 2 inside a push and pop, blue after
+// it, unscaled; had the scale stayed, the blue quad would be off the canvas.
+TEST_F(Drawing, LineCoverageFallsWithDistanceAndPopMatrixRestoresWhatPushSaved)
 {
     line(105.5f, 50.5f, 115.5f, 60.5f);
     glLineWidth(3.0f);
     line(125, 60.5f, 135, 60.5f);
+    glPushMatrix();
+    glScalef(2.0f, 2.0f, 1.0f);
+    glColor4f(1, 0, 0, 1);
+    quad(55, 26, 56, 27);  // window (10, 2) to (12, 4)
+    glPopMatrix();
+    glColor4f(0, 0, 1, 1);
+    quad(102, 66, 104, 68);  // window (2, 16) to (4, 18)
     expectPixels({{10, 5, 255}, {11, 5, byteOf(1.0 - 1.0 / std::sqrt(2.0))}, {12, 5, 0}, {30, 10, 255}, {30, 11, 255},
-                  {30, 9, 255}, {30, 12, 0}, {30, 8, 0}});
-}
-
-// A quad from object (110, 104.5) to (120.25, 110), y scaled by 0.5: window
-// x 10 to 20.25, y 2.25 to 5. Pixel columns 10..19 and rows 3..4 are covered;
-// column 20 a quarter, row 2 three quarters.
-TEST_F(Drawing, QuadFillsItsAreaWithExactEdgeCoverage)
-{
-    glScalef(1.0f, 0.5f, 1.0f);
-    quad(110, 104.5f, 120.25f, 110);
-    expectPixels({{10, 3, 255}, {19, 4, 255}, {20, 3, byteOf(0.25)}, {15, 2, byteOf(0.75)}, {20, 2, byteOf(0.25 * 0.75)},
-                  {9, 3, 0}, {21, 3, 0}, {15, 5, 0}, {15, 1, 0}});
+                  {30, 9, 255}, {30, 12, 0}, {30, 8, 0}, {11, 3, 255, 0}, {11, 3, 255}, {3, 17, 255, 2}, {3, 17, 255}});
 }
 
 // Each call multiplies the current matrix on the right, and a vertex goes
@@ -129,24 +122,11 @@ TEST_F(Drawing, ProjectionAndModelviewCompose)
     expectPixels({{20, 7, 255}, {21, 8, 255}, {22, 8, 0}, {19, 7, 0}, {20, 6, 0}});
 }
 
-// Red drawn scaled by 2 inside a push and pop; blue after it, unscaled. Had
-// the scale stayed, the blue quad would sit at window (160, 70), off the canvas.
-TEST_F(Drawing, PopMatrixRestoresWhatPushSaved)
-{
-    glPushMatrix();
-    glScalef(2.0f, 2.0f, 1.0f);
-    glColor4f(1, 0, 0, 1);
-    quad(55, 26, 56, 27);  // window (10, 2) to (12, 4)
-    glPopMatrix();
-    glColor4f(0, 0, 1, 1);
-    quad(130, 60, 132, 62);  // window (30, 10) to (32, 12)
-    expectPixels({{11, 3, 255, 0}, {11, 3, 255}, {31, 11, 255, 2}, {31, 11, 255}});
-}
-
 // A quad takes the colour at its last corner: (0.2, 0, 1), opaque. Red of
 // alpha 0.4 over it gives 0.4 of the red and 0.6 of what was there; over
-// nothing, pure red with alpha 0.4.
-TEST_F(Drawing, ColoursBlendOverWhatIsThere)
+// nothing, pure red with alpha 0.4. Window y grows upwards; the top-down image
+// puts window row y at row height - 1 - y.
+TEST_F(Drawing, ColoursBlendOverWhatIsThereAndRowsFlipTopDown)
 {
     const float blue[4] = {0.2f, 0, 1, 1};
     quad(100, 50, 110, 60, blue);  // window (0, 0) to (10, 10)
@@ -154,15 +134,7 @@ TEST_F(Drawing, ColoursBlendOverWhatIsThere)
     quad(105, 50, 115, 60);  // window (5, 0) to (15, 10)
     expectPixels({{2, 5, byteOf(0.2), 0}, {2, 5, 255, 2}, {7, 5, byteOf(0.4 + 0.6 * 0.2), 0}, {7, 5, 0, 1},
                   {7, 5, byteOf(0.6), 2}, {7, 5, 255}, {12, 5, 255, 0}, {12, 5, 0, 2}, {12, 5, byteOf(0.4)}});
-}
-
-// Window y grows upwards; the top-down image puts window row y at row
-// height - 1 - y.
-TEST_F(Drawing, TopDownImageFlipsTheRows)
-{
-    quad(100, 50, 101, 51);  // window pixel (0, 0): bottom left
-    expectPixels({{0, 0, 255}, {0, HEIGHT - 1, 0}});
-    expectPixels({{0, HEIGHT - 1, 255}, {0, 0, 0}}, RowOrder::TOP_DOWN);
+    expectPixels({{2, HEIGHT - 1, 255}, {2, HEIGHT - 11, 0}, {12, HEIGHT - 1, byteOf(0.4)}}, RowOrder::TOP_DOWN);
 }
 
 // The image shows the last viewport's rectangle: a viewport at (10, 5) maps

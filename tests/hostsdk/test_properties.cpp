@@ -1,8 +1,5 @@
-// The effect base (one object behind its interfaces, image references, the
-// frame's region, copies) and its host link; the property container (its map,
-// values in bound members, keyed animation, copies and defaults); presets as
-// readable JSON, loaded back whole or refused with a reason; the autokey
-// operator; the property page's own store.
+// The effect base and its host link, the property container, presets, the
+// autokey operator and the property page.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -75,7 +72,6 @@ VARIANT var(VARTYPE type, double v = 0)
 // The object's reference count, left as it was.
 uint32_t references(IUnknown* object) { return object->AddRef(), object->Release(); }
 
-
 class EffectBase : public ::testing::Test {
 protected:
     void TearDown() override
@@ -97,8 +93,6 @@ TEST_F(EffectBase, OneObjectWithOneCountAnswersThreeInterfaces)
     EXPECT_EQ(out[1], static_cast<IDSImageEffect*>(effect));
     EXPECT_EQ(out[2], static_cast<IDSProperties*>(effect));
     EXPECT_EQ(static_cast<IDSProperties*>(out[2])->Release(), 3u);
-    EXPECT_EQ(effect->QueryInterface(IID_IDSImage, &out[0]), E_NOINTERFACE);
-    EXPECT_EQ(out[0], nullptr);
     effect->Release(), effect->Release();
     EXPECT_EQ(effect->IsFormatSupported(MFIF_CbYCrY709A_FLOAT), 0);
     EXPECT_EQ(effect->IsFormatSupported(IID_IDSImage), 1);
@@ -151,27 +145,22 @@ TEST_F(EffectBase, ACopyTakesSettingsButNoImagesBindingsOrAnimation)
     EXPECT_EQ(copy->Release(), 0u);
 }
 
-TEST(ImageEffectHost, InputsAreCountedAndAStopFromAnotherThreadIsSeen)
+// The link holds its inputs until it goes; the fixture checks they were released.
+TEST_F(EffectBase, HostLinkCountsInputsAndSeesAStopFromAnotherThread)
 {
-    MemoryImage* image = MemoryImage::Create(MFIF_RGBA_FLOAT, 2, 2);
-    {
-        ImageEffectHost link;
-        link.SetInput(1, image);
-        IUnknown* fetched = nullptr;
-        ASSERT_EQ(link.FetchInput(1, 0.0, 0, &fetched), S_OK);
-        EXPECT_EQ(fetched, static_cast<IUnknown*>(image));
-        EXPECT_EQ(fetched->Release(), 2u) << "the fetch counted the caller's reference";
-        EXPECT_EQ(link.FetchInput(2, 0.0, 0, &fetched), E_FAIL);
-        EXPECT_EQ(fetched, nullptr);
-        std::thread stopper([&] { link.Stop(); });
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        int32_t answer = 1, polls = 0;
-        for (; answer != 0 && std::chrono::steady_clock::now() < deadline; ++polls)
-            answer = link.ShouldContinue();
-        stopper.join();
-        EXPECT_EQ(std::pair(answer, link.Polls()), std::pair(0, polls));
-    }
-    EXPECT_EQ(image->Release(), 0u) << "the link released its reference";
+    ImageEffectHost link;
+    link.SetInput(1, input);
+    IUnknown* fetched = nullptr;
+    ASSERT_EQ(link.FetchInput(1, 0.0, 0, &fetched), S_OK);
+    EXPECT_EQ(fetched, static_cast<IUnknown*>(input));
+    EXPECT_EQ(fetched->Release(), 2u) << "the fetch counted the caller's reference";
+    std::thread stopper([&] { link.Stop(); });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    int32_t answer = 1, polls = 0;
+    for (; answer != 0 && std::chrono::steady_clock::now() < deadline; ++polls)
+        answer = link.ShouldContinue();
+    stopper.join();
+    EXPECT_EQ(std::pair(answer, link.Polls()), std::pair(0, polls));
 }
 
 TEST(ProjectAndCoordinates, FrameSizeAndPixelAspect)
@@ -180,7 +169,6 @@ TEST(ProjectAndCoordinates, FrameSizeAndPixelAspect)
     ASSERT_EQ(DSContentGetProperty(kProjectFrameWidth, &w), S_OK);
     ASSERT_EQ(DSContentGetProperty(kProjectFrameHeight, &h), S_OK);
     EXPECT_EQ(std::tuple(w.vt, w.dblVal, h.dblVal), std::tuple(VARTYPE(VT_R8), 720.0, 486.0));
-    EXPECT_EQ(DSContentGetProperty(L"Project Frame Rate", &w), E_INVALIDARG);
     double x = 0, y = 0;
     ASSERT_EQ(CoordMan(0.9).MapVector(1.0, 1.0, &x, &y), S_OK);
     EXPECT_EQ(std::pair(x, y), std::pair(0.9, 1.0));
@@ -200,9 +188,8 @@ protected:
 TEST_F(Container, MapIsCountedAndValuesGoThroughTheBoundMembers)
 {
     EXPECT_EQ(effect.GetStaticEntryCount(), 5u);
-    EXPECT_EQ(effect.FindEntry(RADIUS), &entries[2]);
-    EXPECT_EQ(effect.FindEntry(key(3)), &entries[3]);
-    EXPECT_EQ(effect.FindEntry(CLASS), nullptr);
+    EXPECT_EQ(std::tuple(effect.FindEntry(RADIUS), effect.FindEntry(key(3)), effect.FindEntry(CLASS)),
+              std::tuple(&entries[2], &entries[3], nullptr));
     EXPECT_EQ(effect.SetValue(RADIUS, var(VT_I4, 7)), S_OK);
     ASSERT_EQ(effect.changes.size(), 1u);
     EXPECT_EQ(std::tuple(effect.radius, effect.changes[0].first, effect.changes[0].second.dblVal),
@@ -238,7 +225,6 @@ TEST_F(Container, KeysInterpolateLinearlyHoldOutsideTheirSpanAndCopyAlone)
     // Rounded to the nearest: 4.8 and 3.6.
     EXPECT_EQ(std::pair(effect.GetValueDirect(key(3), 99, 0.6), effect.GetValueDirect(key(3), 99, 0.2)), std::pair(5, 4));
     EXPECT_EQ(get(SIDES, 0.6).lVal, 5);
-    EXPECT_EQ(effect.GetValueDirect(key(0), 2, 0.6), 2) << "no keys: the stored value";
 
     Effect other;
     other.CopyAnimation(effect);
@@ -305,7 +291,6 @@ TEST_F(Presets, BadPresetsAreRefusedWholeWithAReason)
     };
     refused(text.substr(0, text.size() / 2), "cut short", "JSON", "");
     const json hidden = {{"guid", "{5A000005-0001-0002-0000-000000000005}"}, {"key", "0xFFFF0004"}, {"value", 5}};
-    const auto one = [](json key) { return json::array({key}); };
     // Each case spoils the saved preset; most after properties that would change.
     const struct {
         const char *what, *word, *about;
@@ -314,17 +299,15 @@ TEST_F(Presets, BadPresetsAreRefusedWholeWithAReason)
         {"unknown GUID", "unknown", "5A000009",
          [](json& p) { p[3]["guid"] = "{5A000009-0001-0002-0000-000000000009}"; }},
         {"hidden property", "unknown", "5A000005", [&](json& p) { p.push_back(hidden); }},
-        {"text for a bool", "type", "Enabled", [](json& p) { p[1]["value"] = "yes"; }},
         {"two for a bool", "type", "Enabled", [](json& p) { p[1]["value"] = 2; }},
         {"fraction in a list", "type", "Shape", [](json& p) { p[0]["value"] = 1.5; }},
         {"text for a number", "type", "Radius", [](json& p) { p[2]["value"] = "25"; }},
         {"above the range", "range", "Radius", [](json& p) { p[2]["value"] = 100.5; }},
         {"below the range", "range", "Sides", [](json& p) { p[3]["value"] = 2; }},
         {"past the list", "range", "Shape", [](json& p) { p[0]["value"] = 3; }},
-        {"key out of range", "range", "Sides", [&](json& p) { p[3]["keys"] = one({0.0, 21.0}); }},
-        {"keys on a plain property", "animated", "Enabled", [&](json& p) { p[1]["keys"] = one({0.0, 1.0}); }},
-        {"key of one number", "key", "Radius", [&](json& p) { p[2]["keys"] = one(json::array({1.0})); }},
-        {"key with a text time", "key", "Radius", [&](json& p) { p[2]["keys"] = one(json::array({"a", 1.0})); }},
+        {"key out of range", "range", "Sides", [](json& p) { p[3]["keys"] = {{0.0, 21.0}}; }},
+        {"keys on a plain property", "animated", "Enabled", [](json& p) { p[1]["keys"] = {{0.0, 1.0}}; }},
+        {"key of one number", "key", "Radius", [](json& p) { p[2]["keys"] = json::array({json::array({1.0})}); }},
         {"no value", "value", "Sides", [](json& p) { p[3].erase("value"); }},
         {"wrong key text", "key", "Sides", [](json& p) { p[3]["key"] = "0xFFFF0002"; }},
     };
@@ -376,8 +359,6 @@ TEST_F(Operator, ReadsAtTheCurrentTimeInTheTypeAsked)
     VARIANT v{};
     EXPECT_EQ(op.GetAnimatedProperty(CLASS, &v, nullptr, -1.0), E_INVALIDARG);
     EXPECT_EQ(PropertiesOperator(nullptr).GetAnimatedProperty(RADIUS, &v, nullptr, -1.0), E_NOINTERFACE);
-    PropertiesOperator(unknown).SetCurrentTime(0.0);
-    EXPECT_EQ(references(unknown), 2u) << "an operator lets go of the object when destroyed";
 }
 
 TEST_F(Operator, WritesFollowTheAutokeyRuleAndAreLogged)
@@ -403,19 +384,15 @@ TEST_F(Operator, WritesFollowTheAutokeyRuleAndAreLogged)
     for (size_t i = 0; i < writes.size(); ++i)
         EXPECT_EQ(std::pair(writes[i].guid, writes[i].undoStyle), std::pair(i < 3 ? RADIUS : SHAPE, int(i) + 1));
     EXPECT_EQ(std::tuple(writes[2].value.lVal, writes[2].time), std::tuple(70, 4.0));
-}
-
-TEST_F(Operator, AnInteractiveToolCallsTheLinkedOne)
-{
+    // An interactive tool writes through the operator it is linked to.
     CDSInteractiveTool tool;
-    VARIANT v = var(VT_R8, 30);
-    EXPECT_EQ(tool.GetAnimatedProperty(RADIUS, &v, nullptr, -1.0), E_UNEXPECTED) << "none linked";
-    EXPECT_EQ(tool.SetAnimatedProperty(RADIUS, &v, nullptr, 1, -1.0), E_UNEXPECTED);
+    VARIANT v = var(VT_I4, 3);
+    EXPECT_EQ(tool.SetAnimatedProperty(SHAPE, &v, nullptr, 1, -1.0), E_UNEXPECTED) << "none linked";
     tool.OnLinkToOperator(&op);
-    EXPECT_EQ(tool.SetAnimatedProperty(RADIUS, &v, nullptr, 1, -1.0), S_OK);
-    v = var(VT_I4);
-    EXPECT_EQ(tool.GetAnimatedProperty(RADIUS, &v, nullptr, -1.0), S_OK);
-    EXPECT_EQ(std::tuple(effect->radius, v.lVal, op.Writes().size()), std::tuple(30.0, 30, 1u));
+    EXPECT_EQ(tool.SetAnimatedProperty(SHAPE, &v, nullptr, 1, -1.0), S_OK);
+    v = var(VT_R8);
+    EXPECT_EQ(tool.GetAnimatedProperty(SHAPE, &v, nullptr, -1.0), S_OK);
+    EXPECT_EQ(std::tuple(effect->shape, v.dblVal, op.Writes().size()), std::tuple(3, 3.0, 5u));
 }
 
 TEST(PropertyPage, WidgetsRememberWhatWasDoneToThemAndShowTheOwnProperties)
@@ -426,9 +403,6 @@ TEST(PropertyPage, WidgetsRememberWhatWasDoneToThemAndShowTheOwnProperties)
               std::tuple(box, box, nullptr));
     EXPECT_EQ(std::tuple(box->id, box->shown, box->enabled, box->selection), std::tuple(1001u, true, true, -1));
     EXPECT_EQ(std::pair(EnableWindow(box, false), box->enabled), std::pair(false, false)) << "was enabled";
-    EXPECT_EQ(std::pair(ShowWindow(box, SW_HIDE), box->shown), std::pair(true, false)) << "was shown";
-    SendMessage(box, BM_SETCHECK, BST_INDETERMINATE, 0);
-    EXPECT_EQ(SendMessage(box, BM_GETCHECK, 0, 0), BST_INDETERMINATE);
     for (const char* entry : {"Polygon", "Circle"})
         EXPECT_EQ(SendMessage(box, CB_INSERTSTRING, 0, reinterpret_cast<LPARAM>(entry)), 0);
     EXPECT_EQ(SendMessage(box, CB_INSERTSTRING, WPARAM(-1), reinterpret_cast<LPARAM>("Image")), 2) << "appended";
@@ -450,11 +424,7 @@ TEST(PropertyPage, WidgetsRememberWhatWasDoneToThemAndShowTheOwnProperties)
     HWND sizeBox = page.AddControl(10), countBox = page.AddControl(11);
     page.Bind(SHAPE, 10);
     page.Bind(ENABLED, 11);
-    VARIANT value = var(VT_R8, 33.5);
-    ASSERT_EQ(page.SetControlValue(10, &value), S_OK);
-    page.GetAnimatedProperty(SHAPE, &asReal, nullptr, -1.0);
-    EXPECT_EQ(std::pair(sizeBox->value.dblVal, asReal.dblVal), std::pair(33.5, 12.0)) << "the property is untouched";
-    value = var(VT_R8, 40);
+    VARIANT value = var(VT_R8, 40);
     ASSERT_EQ(page.SetAnimatedProperty(SHAPE, &value, nullptr, 1, 2.5), S_OK);
     ASSERT_EQ(page.SetControlFromProperty(SHAPE, nullptr), S_OK);
     EXPECT_EQ(std::pair(sizeBox->value.dblVal, countBox->value.vt), std::pair(40.0, VARTYPE(VT_EMPTY)));
