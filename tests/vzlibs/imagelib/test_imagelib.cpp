@@ -29,7 +29,7 @@ TEST(ImageCreate, LimitsAndTheWrappingByteCount)
     }
 }
 
-TEST(ImageCreate, FieldsOfEachSampleTypeAndBlocksFromTheirHeaps)
+TEST(ImageCreate, FieldsOfEachSampleTypeAndOwnershipOfThePixels)
 {
     HeapSwitches heap(1, 1, 1);  // tracked and traced
     LogCapture log;
