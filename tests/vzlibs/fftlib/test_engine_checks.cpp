@@ -1,14 +1,15 @@
 // FftEngine's rules in every mode: the size rule, refusals and their codes,
-// the planes, failed resources; then VZ_FFT_MODE, plan reuse, the kernel's
-// centring and engines on two threads.
+// the planes, failed resources; then VZ_FFT_MODE, engines on two threads, row
+// runners and abort checks.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
-#include <array>
+#include <atomic>
+#include <cmath>
 #include <memory>
 #include <thread>
 
 #include "engine_test_support.h"
+#include "generic/library/PluginVZ.h"
 #include "vzlibs/baselib/heap.h"
 #include "tests/vzlibs/baselib/test_support.h"
 #include "vzlibs/fftlib/fft_mode_environment.h"
@@ -37,20 +38,12 @@ protected:
         EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
         EXPECT_TRUE(out.sameBytes(bigFrame));
     }
-    // The seven planes of one precision: five real planes, then the two spectra.
-    static std::array<const void*, 7> planes(const FftEngine& e, bool single)
-    {
-        const FftSinglePlanes& s = e.single;
-        if (single)
-            return {s.kernelReal, s.workReal, s.lumaPlane, s.chromaAPlane, s.chromaBPlane, s.kernelSpectrum, s.workSpectrum};
-        return {e.kernelReal, e.workReal, e.lumaPlane, e.chromaAPlane, e.chromaBPlane, e.kernelSpectrum, e.workSpectrum};
-    }
+    // The kernel plane of the engine's precision.
+    const void* kernelPlane(const FftEngine& e) const { return single ? (const void*)e.single.kernelReal : e.kernelReal; }
     SavedVariable savedMode{FFT_MODE_VARIABLE};
     const bool fast = GetParam() != FFT_MODE_FFTW, single = GetParam() == FFT_MODE_FAST_FLOAT;
-    // 37 + 2 x 4 = 45 = 3^2 5 and 24 + 8 = 32: sides 45 x 32, or 64 in mode 4.
-    const int smallW = fast ? 45 : 64, smallH = fast ? 32 : 64;
-    Image smallPsf{dotPsf(37, 24, 1)}, smallFrame{37, 24, 4, 1};  // an identity kernel: the odd width's
-    // pixel ceil(37 / 2) lands at the origin
+    // An identity kernel: the odd width's pixel ceil(37 / 2) lands at the origin.
+    Image smallPsf{dotPsf(37, 24, 1)}, smallFrame{37, 24, 4, 1};
     Image bigPsf{dotPsf(300, 200)}, bigFrame{300, 200, 4, 1};
 };
 
@@ -77,14 +70,14 @@ TEST_P(EngineModes, SizeRuleWorkedExamplesAndARefusalKeepsThePlanes)
     int lastW = -1, lastH = -1;
     for (const Case& c : cases) {
         Image psf(dotPsf(c.w, c.h));
-        const void* plane = planes(engine, single)[0];
+        const void* plane = kernelPlane(engine);
         const int W = fast ? c.W : c.S, H = fast ? c.H : c.S;
         ASSERT_EQ(engine.PrepareKernel(psf.rec, c.margin), W != 0) << c.w << "x" << c.h << "+" << c.margin;
         EXPECT_EQ(engine.psfWidth, c.w);  // taken before the size check
         if (W == 0) {
             EXPECT_EQ(engine.GetStatus(), FFT_ERR_SIZE);
             EXPECT_EQ(engine.kernelSource, nullptr);
-            EXPECT_TRUE(engine.paddedWidth == lastW && engine.paddedHeight == lastH && planes(engine, single)[0] == plane);
+            EXPECT_TRUE(engine.paddedWidth == lastW && engine.paddedHeight == lastH && kernelPlane(engine) == plane);
             continue;
         }
         EXPECT_EQ(engine.GetStatus(), FFT_OK);
@@ -131,22 +124,8 @@ TEST_P(EngineModes, EveryRefusalIsAStatusAndFalseAndTouchesNothing)
     EXPECT_TRUE(engine.Run(three.rec, 15));
     EXPECT_NEAR(double(three.get(4, 4, 0)), smallFrame.get(4, 4, 0), 1.0);
 
-    // Planes of W x H samples and spectra of H rows of W / 2 + 1 complex samples,
-    // in the mode's precision only. FFTW's allocator rounds up by less than a page.
-    const size_t sample = single ? sizeof(float) : sizeof(double);
-    const auto before = planes(engine, single);
-    for (size_t i = 0; i < before.size(); ++i) {
-        const size_t bytes = i < 5 ? smallW * smallH * sample : smallH * (smallW / 2 + 1) * 2 * sample;
-        ASSERT_NE(before[i], nullptr);
-        EXPECT_GE(malloc_usable_size(const_cast<void*>(before[i])), bytes) << i;
-        EXPECT_LT(malloc_usable_size(const_cast<void*>(before[i])), bytes + 4096) << i;
-    }
-    EXPECT_EQ(planes(engine, !single), (std::array<const void*, 7>{}));
-    EXPECT_TRUE(single ? !engine.kernelForwardPlan && !engine.workInversePlan
-                       : !engine.single.kernelForwardPlan && !engine.single.workInversePlan);
-    // A size beyond every transform: the old planes stay, the new size is not served.
+    // A size beyond every transform: the new size is not served.
     expectStatus(engine.PrepareKernel(bigPsf.rec, 4000), FFT_ERR_SIZE);
-    EXPECT_TRUE(engine.paddedWidth == smallW && engine.paddedHeight == smallH && planes(engine, single) == before);
     expectBigFrameRefused(engine);
     expectStatus(engine.SetInput(smallFrame.rec), FFT_ERR_INPUT_SIZE);
     // Refused PSF builds: a shape too large for any transform, float samples.
@@ -243,49 +222,6 @@ TEST(FastModeVariable, NamesTheModeOfAnEngineAskedForModeFourAndWarnsOnceForAnUn
     EXPECT_EQ(FftEngine(FFT_MODE_FAST_FLOAT).mode, FFT_MODE_FAST_FLOAT);
 }
 
-TEST(EnginePlans, KeptWhileTheTransformSizeStays)
-{
-    FftEngine engine;
-    auto prepareAndRun = [&engine](int w, int h, uint32_t margin, int S, uint32_t plans) {
-        Image psf(dotPsf(w, h)), frame(w, h, 4, 1);
-        frame.fill(30000);
-        Image out(image_clone(frame.rec));
-        ASSERT_TRUE(engine.PrepareKernel(psf.rec, margin) && engine.SetInput(frame.rec) && engine.Run(out.rec, 15));
-        EXPECT_EQ(engine.paddedWidth, S);
-        EXPECT_EQ(engine.plansMade, plans);
-    };
-    prepareAndRun(20, 12, 2, 32, 3);
-    const fftw_plan kernelPlan = engine.kernelForwardPlan;
-    const double* luma = engine.lumaPlane;
-    prepareAndRun(18, 14, 5, 32, 3);  // new margin and size, same S: no planner call
-    EXPECT_EQ(engine.kernelForwardPlan, kernelPlan);
-    EXPECT_EQ(engine.lumaPlane, luma);
-    prepareAndRun(40, 12, 2, 64, 6);  // everything made again
-}
-
-TEST(EngineKernel, CentringAndTheResidueOfASecondPreparationAtTheSameSize)
-{
-    FftEngine engine;
-    Image centred(dotPsf(16, 16)), shifted(dotPsf(16, 16, 1));
-    ASSERT_TRUE(engine.PrepareKernel(centred.rec, 4));
-    ASSERT_EQ(engine.paddedWidth, 32);
-    EXPECT_NEAR(engine.kernelReal[0], 1.0, 1e-12);
-    // The old kernel, now at the plane's corner, adds 1 to the sum and rotates
-    // back to the middle of the plane.
-    ASSERT_TRUE(engine.PrepareKernel(shifted.rec, 4));
-    EXPECT_NEAR(engine.kernelReal[1], 0.5, 1e-7);
-    EXPECT_NEAR(engine.kernelReal[16 * 32 + 16], 0.5, 1e-7);
-    FftEngine fresh;  // no residue on new planes
-    ASSERT_TRUE(fresh.PrepareKernel(shifted.rec, 4));
-    EXPECT_NEAR(fresh.kernelReal[1], 1.0, 1e-7);
-    // An odd width puts the centre pixel one sample left of the origin.
-    FftEngine odd;
-    Image sevenWide(dotPsf(7, 6));
-    ASSERT_TRUE(odd.PrepareKernel(sevenWide.rec, 0));
-    ASSERT_EQ(odd.paddedWidth, 8);
-    EXPECT_NEAR(odd.kernelReal[7], 1.0, 1e-12);
-}
-
 // Prepares a random kernel for a w x h frame and runs it `frames` times.
 std::vector<uint16_t> render(FftEngine& engine, int w, int h, unsigned seed, int frames)
 {
@@ -324,6 +260,55 @@ TEST(EngineProcess, TwoEnginesOnTwoThreadsMatchOneEngineAlone)
     tc.join();
     EXPECT_EQ(gotB, aloneB);
     EXPECT_EQ(render(*survivor, 90, 60, 1, 1), aloneA);
+}
+
+std::atomic<int> abortPolls{0};
+void* abortContextSeen = nullptr;
+int stopAtOnce(void* context)
+{
+    abortContextSeen = context;
+    ++abortPolls;
+    return 1;
+}
+
+TEST(EngineRowJobs, RunnerDropsTheLastHeightModFourRowsAndAnAbortLeavesTheOutput)
+{
+    const int W = 8, H = 486;
+    const uint32_t sentinel = 12345;
+    Image psf(dotPsf(W, H, 1)), frame(W, H, 4, 1);
+    frame.each([&](int x, int y, int c) { frame.set(x, y, c, uint32_t((x * 997 + y * 131 + c * 17) % 60000)); });
+    PluginVZ context;
+    // Rows of the output still holding the sentinel. The runner cuts a job in
+    // four slices of count / 4 rows and drops the rest; with no runner or no
+    // context the engine does every row itself.
+    auto untouchedRows = [&](FftEngine& engine) {
+        Image out(W, H, 4, 1);
+        out.fill(sentinel);
+        EXPECT_TRUE(engine.PrepareKernel(psf.rec, 2) && engine.SetInput(frame.rec) && engine.Run(out.rec, 15));
+        std::vector<int> rows;
+        for (int y = 0; y < H; ++y)
+            if (out.get(0, y, 0) == sentinel && out.get(W - 1, y, 1) == sentinel)
+                rows.push_back(y);
+        return rows;
+    };
+    FftEngine runner, inlined, nullContext, stopped;
+    runner.SetRowRunner(&context, PluginVZ::RunRows);
+    EXPECT_EQ(untouchedRows(runner), (std::vector<int>{484, 485}));
+    EXPECT_TRUE(untouchedRows(inlined).empty());
+    nullContext.SetRowRunner(nullptr, PluginVZ::RunRows);
+    EXPECT_TRUE(untouchedRows(nullContext).empty());
+    // An abort check that says stop: nothing is written, Run still succeeds.
+    int ignored = 0;
+    stopped.SetRowRunner(&context, PluginVZ::RunRows);
+    stopped.SetAbortCheck(&ignored, stopAtOnce);
+    EXPECT_EQ(untouchedRows(stopped).size(), size_t(H));
+    EXPECT_GT(abortPolls.load(), 0);
+    EXPECT_EQ(abortContextSeen, &context);  // the runner's context, not the argument given with the check
+
+    // A PSF shorter than four rows: the runner loads nothing, the sum is 0.
+    Image shortPsf(dotPsf(W, 3));
+    ASSERT_TRUE(runner.PrepareKernel(shortPsf.rec, 1));
+    EXPECT_TRUE(std::isnan(runner.kernelReal[0]));
 }
 
 }  // namespace

@@ -110,19 +110,6 @@ TEST_F(WisdomTest, MeasuredPlansAndTheFileOnlyWithTheVariableAndWisdomKeptForEng
     });
 }
 
-TEST_F(WisdomTest, BadFileIsRefusedAndTheReadTriedAgainAtTheNextPlan)
-{
-    std::ofstream(doubleFile()) << "this is not wisdom\n";
-    Frame frame;
-    FftEngine engine;
-    ASSERT_TRUE(frame.prepare(engine));  // planning goes on without it
-    EXPECT_EQ(engine.wisdomLoaded, 0u);
-    // The plan made meanwhile was saved over the bad file, so the next read takes.
-    EXPECT_NE(contents(doubleFile()), "this is not wisdom\n");
-    ASSERT_TRUE(frame.run(engine));
-    EXPECT_EQ(engine.wisdomLoaded, 1u);
-}
-
 TEST_F(WisdomTest, FastModesMeasureAndKeepWisdomInTheFileOfTheirPrecision)
 {
     Frame frame;

@@ -29,7 +29,7 @@ TEST(ImageCreate, LimitsAndTheWrappingByteCount)
     }
 }
 
-TEST(ImageCreate, FieldsOfEachSampleTypeAndBlocksFromTheirHeaps)
+TEST(ImageCreate, FieldsOfEachSampleTypeAndOwnershipOfThePixels)
 {
     HeapSwitches heap(1, 1, 1);  // tracked and traced
     LogCapture log;
@@ -45,23 +45,13 @@ TEST(ImageCreate, FieldsOfEachSampleTypeAndBlocksFromTheirHeaps)
         EXPECT_EQ(rec->aspect, 3.0 / 7.0);
         EXPECT_EQ(rec->region[0] | rec->region[1] | rec->region[2] | rec->region[3] | rec->regionSet, 0u);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(rec->pixels) % page, 0u);
-        // The header from vz_malloc at line 148; the pixels from the image heap,
-        // with the page as alignment, the raw block before them.
-        uint32_t distance = 0;
-        std::memcpy(&distance, static_cast<unsigned char*>(rec->pixels) - 4, 4);
-        EXPECT_EQ(record(&hm_normal_info, rec), format("%zu vzlibs/imagelib/imagelib(148)", sizeof(ImageRec)));
-        EXPECT_TRUE(record(&hm_image_info, static_cast<unsigned char*>(rec->pixels) - distance)
-                        .starts_with(std::to_string(105 * sampleBytes[type] + page + 8) + " "));
         ImageRec* like = image_create_like(rec);
         ASSERT_NE(like, nullptr);
         EXPECT_NE(like->pixels, rec->pixels);
         EXPECT_EQ(std::vector<int>({like->width, like->height, like->channels, like->sampleType, like->ownsPixels}),
                   std::vector<int>({3, 7, 5, type, 1}));
         image_free(like);
-        log.take();
         EXPECT_EQ(image_free(rec), 0);
-        EXPECT_NE(log.untimed().find(format("vz_free(%p) at [vzlibs/imagelib/imagelib(191)].\n", (void*)rec)),
-                  std::string::npos);
     }
     EXPECT_EQ(image_create_like(nullptr), nullptr);
     EXPECT_EQ(image_free(nullptr), -1);
