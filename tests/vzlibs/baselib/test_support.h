@@ -36,9 +36,14 @@ struct LogCapture {
 struct HeapSwitches {
     HeapSwitches(int32_t enabled, int32_t debug, int32_t trace)
     {
-        hm_set_allocators(nullptr, nullptr), hm_configure(enabled, debug, trace);
+        hm_set_allocators(nullptr, nullptr);
+        hm_configure(enabled, debug, trace);
     }
-    ~HeapSwitches() { hm_configure(saved[0], saved[1], saved[2]), hm_set_allocators(&normal, &image); }
+    ~HeapSwitches()
+    {
+        hm_configure(saved[0], saved[1], saved[2]);
+        hm_set_allocators(&normal, &image);
+    }
 
     const int32_t saved[3] = {hm_enabled, hm_debug, hm_trace};
     const hm_normal_allocator normal = hm_normal_hooks;
