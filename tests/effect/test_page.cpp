@@ -67,15 +67,9 @@ TEST_F(Page, ShapeAndMatchRadiiDecideWhatIsShown)
             for (uint32_t always : {ID_BRIGHT_EMPHASIS, ID_EMPHASISE_ALPHA, ID_EXTREME_PRECISION})
                 EXPECT_TRUE(shown(always));
         }
-    // Match Radii's own handler touches RadiusY alone.
-    select(3, 0);
-    fx.sides.SetHidden(true);
-    fx.OnMatchRadiiChanged(&fx.matchRadii, -1.0);
-    EXPECT_TRUE(shown(ID_RADIUS_Y));
-    EXPECT_FALSE(shown(ID_SIDES));
 }
 
-TEST_F(Page, ReadersTakeWidgetsOrPropertiesAndFallBackToTheirValues)
+TEST_F(Page, ReadersTakeTheirWidgetOrTheAnimatedProperty)
 {
     // List: selection plus one, its value member untouched; check box: 1 only
     // when checked, stored in its value.

@@ -132,13 +132,8 @@ TEST_F(PageAndTool, PenEventsDrawAndDragTheOverlayOfTheImageShape)
         effect->SetProperty(*guid, &v);
     }
     ASSERT_EQ(tool->OnRender(&surface), S_OK);
-    // The crosshair strokes white from 10 to 25 px around the centre's pixel
-    // (50, 25), its grey handle on it, nothing between stroke and handle.
-    const RgbaImage picture = surface.drawing.Rasterise(RowOrder::BOTTOM_UP);
-    EXPECT_GT(picture.Pixel(62, 25)[2], 200);
-    EXPECT_GT(picture.Pixel(50, 12)[1], 200);
-    EXPECT_NEAR(picture.Pixel(50, 25)[0], 128, 2);
-    EXPECT_EQ(picture.Pixel(57, 25)[3], 0);
+    // The crosshair's grey handle sits on the centre's pixel (50, 25).
+    EXPECT_NEAR(surface.drawing.Rasterise(RowOrder::BOTTOM_UP).Pixel(50, 25)[0], 128, 2);
 
     // The inner circle's x handle: the page shows the running value, the
     // property changes at pen up.
