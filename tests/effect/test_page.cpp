@@ -56,29 +56,20 @@ TEST_F(Page, ShapeAndMatchRadiiDecideWhatIsShown)
                               {1, 1, 1, 1, 1, 0, 0, 0}};
     const uint32_t ids[8] = {ID_SIDES, ID_ROTATION, ID_RADIUS_X, ID_RADIUS_Y, ID_MATCH_RADII, ID_CENTRE,
                              ID_RADIUS_PSF1, ID_RADIUS_PSF2};
-    ControlVZ* const controls[8] = {&fx.sides, &fx.rotation, &fx.radiusX, &fx.radiusY,
-                                    &fx.matchRadii, &fx.centre, &fx.radiusPsf1, &fx.radiusPsf2};
     for (int shapeCode = 1; shapeCode <= 4; ++shapeCode)
         for (int match = 0; match <= 1; ++match) {
             select(shapeCode, match);
             fx.UpdateControls();
             for (int c = 0; c < 8; ++c) {
                 const bool want = hidden[shapeCode - 1][c] < 0 ? match == 1 : hidden[shapeCode - 1][c] == 1;
-                EXPECT_EQ(controls[c]->hidden, want) << "shape " << shapeCode << " match " << match << " col " << c;
                 EXPECT_EQ(shown(ids[c]), !want) << "shape " << shapeCode << " match " << match << " col " << c;
             }
             for (uint32_t always : {ID_BRIGHT_EMPHASIS, ID_EMPHASISE_ALPHA, ID_EXTREME_PRECISION})
                 EXPECT_TRUE(shown(always));
         }
-    // Match Radii's own handler touches RadiusY alone.
-    select(3, 0);
-    fx.sides.SetHidden(true);
-    fx.OnMatchRadiiChanged(&fx.matchRadii, -1.0);
-    EXPECT_TRUE(shown(ID_RADIUS_Y));
-    EXPECT_FALSE(shown(ID_SIDES));
 }
 
-TEST_F(Page, ReadersTakeWidgetsOrPropertiesAndFallBackToTheirValues)
+TEST_F(Page, ReadersTakeTheirWidgetOrTheAnimatedProperty)
 {
     // List: selection plus one, its value member untouched; check box: 1 only
     // when checked, stored in its value.
@@ -102,18 +93,6 @@ TEST_F(Page, ReadersTakeWidgetsOrPropertiesAndFallBackToTheirValues)
     fx.sides.GetValue(50.0, &got);
     EXPECT_EQ(real, 0.125);
     EXPECT_EQ(got, 9);
-    // Without a page: flags are stored, readers give their values or leave `out`.
-    for (ControlVZ* control : fx.controls())
-        control->page = nullptr;
-    fx.radiusY.SetHidden(true);
-    fx.radiusY.SetDisabled(true);
-    EXPECT_TRUE(fx.radiusY.hidden && fx.radiusY.disabled && shown(ID_RADIUS_Y));
-    fx.radiusX.timeScale = nullptr;  // -1.0 must not need it
-    fx.radiusX.GetValue(-1.0, &real);
-    EXPECT_EQ(real, 0.125);
-    fx.shape.value = SHAPE_IMAGE;
-    fx.UpdateControls();
-    EXPECT_TRUE(!fx.centre.hidden && fx.radiusX.hidden);
 }
 
 // A drawn primitive: its mode, vertices, and the colour in force.
@@ -190,19 +169,16 @@ TEST_F(Overlay, CrosshairCirclesAndHandlesWhereTheFrameSaysForTheImageShapeOnly)
     ASSERT_EQ(drawn.size(), i + 2);
     EXPECT_NEAR(drawn[i].points[0].first, 110.0 - 2.5, 1e-4);
     EXPECT_NEAR(drawn[i + 1].points[0].first, 102.0 - 2.5, 1e-4);
-}
-
-TEST_F(Overlay, OuterCircleIsDashedAndClosesSolid)
-{
-    fx.radiusPsf1.value = fx.radiusPsf2.value = 0.1;
-    const std::vector<Primitive> drawn = draw();
-    // The lines after the inner circle's handle are the outer circle's.
+    // An outer circle as big as the inner: the lines after the inner circle's
+    // handle are its dashes.
+    fx.radiusPsf2.value = 0.1;
     std::vector<Primitive> dashed;
-    for (size_t i = 5, quads = 0; i < drawn.size(); ++i)
-        if (drawn[i].mode == GL_QUADS)
+    const std::vector<Primitive> both = draw();
+    for (size_t j = 5, quads = 0; j < both.size(); ++j)
+        if (both[j].mode == GL_QUADS)
             ++quads;
         else if (quads == 1)
-            dashed.push_back(drawn[i]);
+            dashed.push_back(both[j]);
     const int chords = int(360.0 / step);
     EXPECT_EQ(int(dashed.size()), (chords + 1) / 2 + 1);
     // The closing segment joins the point at angle 0 to the last point.
@@ -235,16 +211,6 @@ TEST_F(Overlay, DragsShowOnThePageAndCommitAtRelease)
     EXPECT_EQ(page.Writes()[0].undoStyle, 1);
     EXPECT_EQ(page.Writes()[0].time, -1.0);
     EXPECT_EQ(fx.outerCircle.activeHandle, 0);
-    // The crosshair moves the centre: both axes shown while dragging, both
-    // committed at release.
-    fx.Mouse(OVERLAY_PRESS, 101.0f, 51.0f);
-    fx.Mouse(OVERLAY_DRAG, 120.0f, 60.0f);
-    EXPECT_NEAR(page.GetHwndControl(ID_CENTRE)->value.dblVal, 0.6, 1e-6);
-    EXPECT_NEAR(page.GetHwndControl(ID_CENTRE + 1)->value.dblVal, 0.6, 1e-6);
-    EXPECT_EQ(page.Writes().size(), 1u);
-    fx.Mouse(OVERLAY_RELEASE, 120.0f, 60.0f);
-    ASSERT_EQ(page.Writes().size(), 3u);
-    EXPECT_EQ(page.Writes()[2].guid.Data1, guidY.Data1);
 }
 
 }  // namespace

@@ -1,16 +1,13 @@
 // The help page opens through the desktop's opener, which the host never has
-// to reap.
+// to reap; a missing page is refused and remembered.
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <thread>
 
 #include "host/Help.h"
@@ -25,7 +22,7 @@ TEST(Help, OpensThePageThroughTheOpenerAndLeavesNoChild)
     std::ofstream(page) << "<html></html>";
     std::ofstream(dir + "/xdg-open") << "#!/bin/sh\necho \"$1\" > \"$(dirname \"$0\")/opened.part\"\n"
                                         "mv \"$(dirname \"$0\")/opened.part\" \"$(dirname \"$0\")/opened\"\n";
-    chmod((dir + "/xdg-open").c_str(), 0755);
+    std::filesystem::permissions(dir + "/xdg-open", std::filesystem::perms::owner_all);
     const std::string path = std::getenv("PATH") ? std::getenv("PATH") : "";
     setenv("PATH", (dir + ":" + path).c_str(), 1);
     setenv("LUMENVEIL_HELP_PAGE", page.c_str(), 1);
@@ -35,12 +32,16 @@ TEST(Help, OpensThePageThroughTheOpenerAndLeavesNoChild)
     EXPECT_FALSE(help_load_failed());
     for (int i = 0; i < 500 && !std::filesystem::exists(opened); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    std::stringstream text;
-    text << std::ifstream(opened).rdbuf();
-    EXPECT_EQ(text.str(), page + "\n");
+    std::string text;
+    std::getline(std::ifstream(opened), text);
+    EXPECT_EQ(text, page);
     errno = 0;
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child of the host is left to reap";
     EXPECT_EQ(errno, ECHILD);
+    setenv("LUMENVEIL_HELP_PAGE", (dir + "/missing.html").c_str(), 1);
+    reset_help_state();
+    EXPECT_EQ(html_help(nullptr, nullptr, 0, 0), 0);
+    EXPECT_TRUE(help_load_failed());
 
     setenv("PATH", path.c_str(), 1);
     unsetenv("LUMENVEIL_HELP_PAGE");
