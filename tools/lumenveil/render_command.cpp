@@ -1,7 +1,5 @@
 #include "tools/lumenveil/render_command.h"
 
-#include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -57,11 +55,6 @@ ImageFrame pointSpreadPicture(IDSImageEffect* fx)
         }
     return picture;
 }
-
-// Reading and writing files run a few steps below the render in priority, so
-// that on a machine whose cores the render keeps busy they fill its idle
-// moments instead of holding it up.
-void yieldToRender() { setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 5); }
 
 namespace fs = std::filesystem;
 
@@ -277,7 +270,6 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     // loading while this one renders, a handful of blocks serve a sequence.
     BufferPool pool(hostBufferBytes(format.code, hostFrameColumns(header.width, format), rows));
     auto load = [&](long f) {
-        yieldToRender();
         ImageFrame frame = readImage(inputPath(f));
         if (frame.width != header.width || frame.height != header.height)
             throw Failure(inputPath(f) + " is " + sizeText(frame.width, frame.height) + ", frame " +
@@ -342,8 +334,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
         writing = std::async(std::launch::async, [&r, f, depth, hasOverlay = bool(overlay), result = std::move(result),
                                                   layer = std::move(overlayLayer),
                                                   spreadPicture = std::move(spreadPicture)]() mutable {
-            yieldToRender();
-            writeImage(framePath(r.output, f), result, depth, result.channels, r.compression);
+                writeImage(framePath(r.output, f), result, depth, result.channels, r.compression);
             if (!r.psf.empty())
                 writeImage(framePath(r.psf, f), spreadPicture, SampleDepth::U8, 1);
             if (hasOverlay) {
