@@ -14,10 +14,6 @@
 
 namespace {
 
-// The layout (size, channels, sample type) of the file an input has open.
-const OIIO::ImageSpec& layoutOf(const OIIO::ImageInput& in) { return in.spec(); }
-
-
 namespace fs = std::filesystem;
 
 SampleDepth depthOf(const OIIO::TypeDesc& type)
@@ -75,7 +71,13 @@ void commit(const fs::path& temporary, const fs::path& target)
     }
 }
 
-std::unique_ptr<OIIO::ImageInput> openInput(const std::string& path)
+// A file open for reading, and its layout (size, channels, sample type).
+struct OpenFile {
+    std::unique_ptr<OIIO::ImageInput> in;
+    OIIO::ImageSpec layout;
+};
+
+OpenFile openInput(const std::string& path)
 {
     std::error_code error;
     if (!fs::exists(path, error))
@@ -83,31 +85,32 @@ std::unique_ptr<OIIO::ImageInput> openInput(const std::string& path)
     // Colour as the file stores it, never multiplied by alpha on the way in.
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
-    auto in = OIIO::ImageInput::open(path, &config);
-    if (!in) {
-        const std::string reason = OIIO::geterror();
+    OpenFile file;
+    file.in = OIIO::ImageInput::create(path, false, &config);
+    if (!file.in || !file.in->open(path, file.layout, config)) {
+        const std::string reason = file.in ? file.in->geterror() : OIIO::geterror();
         throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
     }
-    const int channels = layoutOf(*in).nchannels;
+    const int channels = file.layout.nchannels;
     if (channels < 1 || channels > 4)
         throw Failure("cannot use " + path + ": it has " + std::to_string(channels) +
                       " channels; grey, grey + alpha, RGB and RGBA (1 to 4) are supported");
-    return in;
+    return file;
 }
 
 }  // namespace
 
 ImageHeader readImageHeader(const std::string& path)
 {
-    auto in = openInput(path);
-    const OIIO::ImageSpec& layout = layoutOf(*in);
+    const OpenFile file = openInput(path);
+    const OIIO::ImageSpec& layout = file.layout;
     return ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format)};
 }
 
 ImageFrame readImage(const std::string& path)
 {
-    auto in = openInput(path);
-    const OIIO::ImageSpec& layout = layoutOf(*in);
+    const OpenFile opened = openInput(path);
+    const OIIO::ImageSpec& layout = opened.layout;
     ImageFrame frame;
     frame.width = layout.width;
     frame.height = layout.height;
@@ -115,8 +118,8 @@ ImageFrame readImage(const std::string& path)
     frame.depth = depthOf(layout.format);
     const size_t pixels = static_cast<size_t>(layout.width) * layout.height;
     std::vector<float> file(pixels * layout.nchannels);
-    if (!in->read_image(0, 0, 0, layout.nchannels, OIIO::TypeDesc::FLOAT, file.data()))
-        throw Failure("cannot read " + path + ": " + in->geterror());
+    if (!opened.in->read_image(0, 0, 0, layout.nchannels, OIIO::TypeDesc::FLOAT, file.data()))
+        throw Failure("cannot read " + path + ": " + opened.in->geterror());
     frame.rgba.resize(pixels * 4);
     const int n = layout.nchannels;
     for (size_t i = 0; i < pixels; ++i) {
