@@ -181,17 +181,20 @@ HRESULT Plug::Execute(double time)
     // a buffer, a Spread smaller than the region, no memory) ends the call with
     // the output image untouched: E_OUTOFMEMORY for the output frame, E_FAIL for
     // the inputs.
+    auto release = [&]() {
+        delete inputFrame;
+        delete spreadFrame;
+        delete outputFrame;
+        if (spreadImage)
+            spreadImage->Release();
+    };
     HRESULT status = S_OK;
     if (!outputFrame || !outputFrame->pixels)
         status = E_OUTOFMEMORY;
     else if (!inputFrame || (spreadUsed && !spreadFrame))
         status = E_FAIL;
     if (FAILED(status)) {
-        delete inputFrame;
-        delete spreadFrame;
-        delete outputFrame;
-        if (spreadImage)
-            spreadImage->Release();
+        release();
         return status;
     }
     // Nothing stale reaches the host when the render does not run.
@@ -212,10 +215,6 @@ HRESULT Plug::Execute(double time)
         vzImageToHost(outputFrame, out.pixels, out.width, out.height, roiWidth, roiHeight, outputRoiX, outputRoiY,
                       out.code, fieldFlags);
     }
-    delete inputFrame;
-    delete spreadFrame;
-    delete outputFrame;
-    if (spreadImage)
-        spreadImage->Release();
+    release();
     return status;
 }

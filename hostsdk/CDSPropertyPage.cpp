@@ -7,6 +7,22 @@ CDSPropertyPage::CDSPropertyPage(uint32_t dialog, uint32_t title) : dialogId(dia
 
 CDSPropertyPage::~CDSPropertyPage() { Close(); }
 
+namespace {
+
+// A value as its widget shows it: a list's selection, a box's check, or the
+// value itself.
+void showOnWidget(HWND widget, double number, const VARIANT& value)
+{
+    if (widget->className == "combobox")
+        widget->selection = static_cast<int32_t>(number);
+    else if (widget->className == "checkbox")
+        widget->checkState = number != 0.0 ? BST_CHECKED : BST_UNCHECKED;
+    else
+        widget->value = value;
+}
+
+}  // namespace
+
 HRESULT CDSPropertyPage::Open(IUnknown* inspected, const DSDialogTemplate* description)
 {
     if (!inspected || !description)
@@ -77,12 +93,7 @@ HRESULT CDSPropertyPage::UpdateUI(const GUID* property, void*, void*, uint32_t)
         HWND widget = e->control != DS_PPG_NONE ? GetHwndControl(e->control) : nullptr;
         if (!widget)
             continue;
-        if (widget->className == "combobox")
-            widget->selection = static_cast<int32_t>(number);
-        else if (widget->className == "checkbox")
-            widget->checkState = number != 0.0 ? BST_CHECKED : BST_UNCHECKED;
-        else
-            widget->value = value;
+        showOnWidget(widget, number, value);
     }
     return S_OK;
 }
@@ -105,12 +116,7 @@ HRESULT CDSPropertyPage::UserChange(uint32_t id, double number)
     VariantInit(&value);
     value.vt = e->propertyType;
     VariantFromNumber(&value, number);
-    if (widget->className == "combobox")
-        widget->selection = static_cast<int32_t>(number);
-    else if (widget->className == "checkbox")
-        widget->checkState = number != 0.0 ? BST_CHECKED : BST_UNCHECKED;
-    else
-        widget->value = value;
+    showOnWidget(widget, number, value);
     const HRESULT status = SetAnimatedProperty(*e->property, &value, nullptr, UNDO_STYLE, -1.0);
     if (FAILED(status))
         return status;
