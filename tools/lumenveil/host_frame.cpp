@@ -186,11 +186,10 @@ int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format)
     return format.pairs ? (width + 1) / 2 * 2 : width;
 }
 
-ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows,
-                                  uint8_t* pixels)
+ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows)
 {
     const int32_t columns = hostFrameColumns(frame.width, format);
-    ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, columns, rows, pixels));
+    ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, columns, rows));
     if (!image)
         throw Failure("no memory for a " + std::to_string(columns) + " x " + std::to_string(rows) + " frame");
     for (int32_t y = 0; y < rows; ++y) {

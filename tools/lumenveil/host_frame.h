@@ -21,11 +21,9 @@ int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format);
 // A host image of `format`, hostFrameColumns x `rows`, holding `frame`;
 // columns and rows beyond the frame repeat its last ones. Cb Y Cr Y formats
 // get the colour through the format's matrix (ITU-R BT.601 or BT.709), in
-// video range at 8 bits, with the chroma of each pair averaged. The image
-// borrows `pixels` when given (hostBufferBytes of its size), else owns a
-// block of its own. Failure when no memory.
-ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows,
-                                  uint8_t* pixels = nullptr);
+// video range at 8 bits, with the chroma of each pair averaged. Failure when
+// no memory.
+ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows);
 
 // The top-left frame.width x frame.height pixels of `image` (as made by
 // makeHostImage) into `frame`. A format without alpha leaves frame's alpha.

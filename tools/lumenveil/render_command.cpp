@@ -13,7 +13,6 @@
 #include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/IDSPointSpread.h"
 #include "hostsdk/content.h"
-#include "tools/lumenveil/buffer_pool.h"
 #include "tools/lumenveil/channel_selection.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/engine_choice.h"
@@ -144,43 +143,25 @@ void checkExists(const std::string& path)
 
 std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_string(h); }
 
-// A host image over a block of a pool; the block outlives the image.
-struct PooledImage {
-    std::shared_ptr<uint8_t> block;
-    ComRef<MemoryImage> image;
-};
-
-PooledImage pooledHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows, BufferPool& pool)
-{
-    PooledImage pooled;
-    pooled.block = pool.Take();
-    if (!pooled.block)
-        throw Failure("no memory for a " + sizeText(hostFrameColumns(frame.width, format), rows) + " frame");
-    pooled.image = makeHostImage(frame, format, rows, pooled.block.get());
-    return pooled;
-}
-
 // One frame read and handed over to the host's buffers.
 struct LoadedFrame {
     ImageFrame frame;
-    PooledImage input;
-    PooledImage output;
-    PooledImage spread;
+    ComRef<MemoryImage> input;
+    ComRef<MemoryImage> output;
+    ComRef<MemoryImage> spread;
 };
 
 // A frame of host images for `frame`: the output starts as a copy of the
 // input, so that rows the effect does not write (other field) keep it.
-LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t rows, BufferPool& pool)
+LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t rows)
 {
     LoadedFrame loaded;
-    loaded.input = pooledHostImage(frame, format, rows, pool);
-    loaded.output.block = pool.Take();
-    if (loaded.output.block)
-        loaded.output.image = ComRef<MemoryImage>(
-            MemoryImage::Create(*format.guid, hostFrameColumns(frame.width, format), rows, loaded.output.block.get()));
-    if (!loaded.output.image)
-        throw Failure("no memory for a " + sizeText(hostFrameColumns(frame.width, format), rows) + " frame");
-    std::memcpy(loaded.output.image->Data(), loaded.input.image->Data(), pool.Bytes());
+    loaded.input = makeHostImage(frame, format, rows);
+    const int32_t columns = hostFrameColumns(frame.width, format);
+    loaded.output = ComRef<MemoryImage>(MemoryImage::Create(*format.guid, columns, rows));
+    if (!loaded.output)
+        throw Failure("no memory for a " + sizeText(columns, rows) + " frame");
+    std::memcpy(loaded.output->Data(), loaded.input->Data(), loaded.input->Bytes());
     loaded.frame = std::move(frame);
     return loaded;
 }
@@ -266,18 +247,14 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     const bool spreadPerFrame = !r.spread.empty() && plan.sequence && hasFramePattern(r.spread);
     std::optional<ComRef<MemoryImage>> stillSpread;
 
-    // Host images of every frame come from one pool: with the next frame
-    // loading while this one renders, a handful of blocks serve a sequence.
-    BufferPool pool(hostBufferBytes(format.code, hostFrameColumns(header.width, format), rows));
     auto load = [&](long f) {
         ImageFrame frame = readImage(inputPath(f));
         if (frame.width != header.width || frame.height != header.height)
             throw Failure(inputPath(f) + " is " + sizeText(frame.width, frame.height) + ", frame " +
                           std::to_string(range.first) + " was " + sizeText(header.width, header.height));
-        LoadedFrame loaded = handOver(std::move(frame), format, rows, pool);
+        LoadedFrame loaded = handOver(std::move(frame), format, rows);
         if (spreadPerFrame)
-            loaded.spread = pooledHostImage(readSpread(framePath(r.spread, f), loaded.frame, inputPath(f)), format, rows,
-                                            pool);
+            loaded.spread = makeHostImage(readSpread(framePath(r.spread, f), loaded.frame, inputPath(f)), format, rows);
         return loaded;
     };
     struct InterruptGuard {
@@ -304,10 +281,10 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
             next = std::async(std::launch::async, load, f + 1);
         if (!r.spread.empty() && !spreadPerFrame && !stillSpread)
             stillSpread = makeHostImage(readSpread(r.spread, current.frame, inputPath(f)), format, rows);
-        IDSImage* spread = spreadPerFrame ? current.spread.image.get() : stillSpread ? stillSpread->get() : nullptr;
+        IDSImage* spread = spreadPerFrame ? current.spread.get() : stillSpread ? stillSpread->get() : nullptr;
         host.SetInput(1, spread);
-        fx->SetInput(current.input.image.get());
-        fx->SetOutput(current.output.image.get());
+        fx->SetInput(current.input.get());
+        fx->SetOutput(current.output.get());
         if (interruptRequested())
             throw interrupted();
         const double time = f / r.rate;
@@ -320,7 +297,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
             throw Failure("the effect failed on " + inputPath(f) + " (" + code + ")");
         }
         ImageFrame result = std::move(current.frame);
-        readHostImage(current.output.image.get(), format, rows, result);
+        readHostImage(current.output.get(), format, rows, result);
         RgbaImage overlayLayer;
         if (overlay)
             overlayLayer = overlay->Draw(result.width, result.height, r.pixelAspect, time);
