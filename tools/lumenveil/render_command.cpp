@@ -114,8 +114,8 @@ RenderPlan checkRequest(const RenderRequest& r)
         plan.depth = SampleDepth::U16;
     else if (r.depth == "float")
         plan.depth = SampleDepth::Float;
-    if (!r.compression.empty() && !compressionProblem(r.compression).empty())
-        throw UsageError("--compression: " + compressionProblem(r.compression));
+    if (const std::string problem = r.compression.empty() ? "" : compressionProblem(r.compression); !problem.empty())
+        throw UsageError("--compression: " + problem);
     if (!r.hostFormat.empty())
         chooseHostFormat(r.hostFormat, SampleDepth::U8);
     return plan;
