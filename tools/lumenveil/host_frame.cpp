@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "tools/lumenveil/cli_error.h"
 
@@ -41,6 +42,10 @@ float getSample(const uint8_t* at, int32_t sampleBytes)
     }
     return v;
 }
+
+// Rows converted in one go: a few hundred kilobytes at full HD, so that a
+// chunk stays in cache between the host image and the file.
+constexpr int32_t kChunkRows = 16;
 
 // MFIF_BGRA_RAW_32_VIDEO: B G R A, colour in video range, alpha full range.
 constexpr int32_t kVideoBgraCode = 2;
@@ -186,24 +191,55 @@ int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format)
     return format.pairs ? (width + 1) / 2 * 2 : width;
 }
 
-ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows)
+ComRef<MemoryImage> newHostImage(const HostFormatGeometry& format, int32_t width, int32_t rows)
 {
-    const int32_t columns = hostFrameColumns(frame.width, format);
+    const int32_t columns = hostFrameColumns(width, format);
     ComRef<MemoryImage> image(MemoryImage::Create(*format.guid, columns, rows));
     if (!image)
         throw Failure("no memory for a " + std::to_string(columns) + " x " + std::to_string(rows) + " frame");
-    for (int32_t y = 0; y < rows; ++y) {
-        const int32_t source = std::min(y, frame.height - 1);
-        storeRow(format, columns, rowAt(image->Data(), format, columns, rows, y),
-                 [&](int32_t x) { return frame.Pixel(std::min(x, frame.width - 1), source); });
-    }
     return image;
 }
 
-void readHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, ImageFrame& frame)
+void storeHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t width, int32_t height,
+                    int32_t rows, const FrameRows& source)
 {
-    const int32_t columns = hostFrameColumns(frame.width, format);
-    for (int32_t y = 0; y < frame.height; ++y)
-        loadRow(format, frame.width, rowAt(image->Data(), format, columns, rows, y),
-                [&](int32_t x) { return frame.Pixel(x, y); });
+    const int32_t columns = hostFrameColumns(width, format);
+    std::vector<float> chunk(static_cast<size_t>(kChunkRows) * width * 4);
+    for (int32_t top = 0; top < height; top += kChunkRows) {
+        const int32_t count = std::min(kChunkRows, height - top);
+        source(top, count, chunk.data());
+        for (int32_t y = top; y < top + count; ++y) {
+            const float* row = &chunk[static_cast<size_t>(y - top) * width * 4];
+            storeRow(format, columns, rowAt(image->Data(), format, columns, rows, y),
+                     [&](int32_t x) { return row + static_cast<size_t>(std::min(x, width - 1)) * 4; });
+        }
+    }
+    // Rows below the frame repeat its last row.
+    const RowAt last = rowAt(image->Data(), format, columns, rows, height - 1);
+    const size_t colourBytes = static_cast<size_t>(columns) * format.samplesPerPixel * format.sampleBytes;
+    for (int32_t y = height; y < rows; ++y) {
+        const RowAt to = rowAt(image->Data(), format, columns, rows, y);
+        std::memcpy(to.colour, last.colour, colourBytes);
+        if (to.alpha)
+            std::memcpy(to.alpha, last.alpha, static_cast<size_t>(columns) * format.sampleBytes);
+    }
+}
+
+void loadHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t width, int32_t height,
+                   int32_t rows, const FrameRows& sink)
+{
+    const int32_t columns = hostFrameColumns(width, format);
+    const bool alpha = !format.pairs || format.alphaPlane;
+    std::vector<float> chunk(static_cast<size_t>(kChunkRows) * width * 4);
+    for (int32_t top = 0; top < height; top += kChunkRows) {
+        const int32_t count = std::min(kChunkRows, height - top);
+        for (int32_t y = top; y < top + count; ++y) {
+            float* row = &chunk[static_cast<size_t>(y - top) * width * 4];
+            loadRow(format, width, rowAt(image->Data(), format, columns, rows, y),
+                    [&](int32_t x) { return row + static_cast<size_t>(x) * 4; });
+            for (int32_t x = 0; x < width && !alpha; ++x)
+                row[x * 4 + 3] = 1.0f;
+        }
+        sink(top, count, chunk.data());
+    }
 }

@@ -1,8 +1,9 @@
-// Frames as the host hands them to the effect: an ImageFrame put into a host
+// Frames as the host hands them to the effect: rows of a frame put into a host
 // image buffer of any format the effect takes, and the result read back.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "hostsdk/IDSImage.h"
 #include "hostsdk/image_format_geometry.h"
@@ -18,13 +19,22 @@ int32_t hostFrameRows(int32_t height, bool wholeRows);
 // to an even number for the Cb Y Cr Y formats, which hold pixels in pairs.
 int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format);
 
-// A host image of `format`, hostFrameColumns x `rows`, holding `frame`;
-// columns and rows beyond the frame repeat its last ones. Cb Y Cr Y formats
-// get the colour through the format's matrix (ITU-R BT.601 or BT.709), in
-// video range at 8 bits, with the chroma of each pair averaged. Failure when
-// no memory.
-ComRef<MemoryImage> makeHostImage(const ImageFrame& frame, const HostFormatGeometry& format, int32_t rows);
+// Rows of a frame, four floats a pixel, top row first: rows y to y + count - 1
+// of `width` pixels each.
+using FrameRows = std::function<void(int32_t y, int32_t count, float* rgba)>;
 
-// The top-left frame.width x frame.height pixels of `image` (as made by
-// makeHostImage) into `frame`. A format without alpha leaves frame's alpha.
-void readHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, ImageFrame& frame);
+// Fills `image`, a host image of `format` hostFrameColumns x `rows`, with the
+// width x height frame that `source` gives; columns and rows beyond the frame
+// repeat its last ones. Cb Y Cr Y formats get the colour through the format's
+// matrix (ITU-R BT.601 or BT.709), in video range at 8 bits, with the chroma
+// of each pair averaged.
+void storeHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t width, int32_t height,
+                    int32_t rows, const FrameRows& source);
+
+// Hands the top-left width x height pixels of such an image to `sink`, a few
+// rows at a time; a format without alpha gives full alpha.
+void loadHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t width, int32_t height,
+                   int32_t rows, const FrameRows& sink);
+
+// A new host image of `format` for a frame `width` pixels wide; Failure when no memory.
+ComRef<MemoryImage> newHostImage(const HostFormatGeometry& format, int32_t width, int32_t rows);

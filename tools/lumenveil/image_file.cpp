@@ -1,10 +1,14 @@
 #include "tools/lumenveil/image_file.h"
 
 #include <OpenImageIO/imageio.h>
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -46,18 +50,26 @@ OIIO::TypeDesc typeOf(SampleDepth depth)
     }
 }
 
-// A name beside `target` that no other writer of this process or another uses.
+// A temporary file beside `target`, claimed by creating it: ".NAME.partial.EXT",
+// the same on every run, since some formats (DPX) record the name they were
+// written under; while another writer holds that one, a name with this
+// process's id and a serial number.
 fs::path temporaryBeside(const fs::path& target)
 {
     static std::atomic<unsigned> serial{0};
-    std::string name = ".";
-    name += target.stem().string();
-    name += ".partial-";
-    name += std::to_string(getpid());
-    name += '-';
-    name += std::to_string(serial++);
-    name += target.extension().string();
-    return target.parent_path() / name;
+    const std::string stem = "." + target.stem().string() + ".partial";
+    std::string unique;
+    for (;;) {
+        const fs::path name = target.parent_path() / (stem + unique + target.extension().string());
+        const int fd = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
+        if (fd >= 0) {
+            close(fd);
+            return name;
+        }
+        if (errno != EEXIST)
+            throw Failure("cannot write " + target.string() + ": " + std::strerror(errno));
+        unique = "-" + std::to_string(getpid()) + "-" + std::to_string(serial++);
+    }
 }
 
 // Moves the finished temporary file onto the target.
@@ -71,98 +83,167 @@ void commit(const fs::path& temporary, const fs::path& target)
     }
 }
 
-// A file open for reading, and its layout (size, channels, sample type).
-struct OpenFile {
+// Rows read or converted in one go: a few hundred kilobytes at full HD, so
+// that a chunk stays in cache from the file to the frame.
+constexpr int kChunkRows = 16;
+
+}  // namespace
+
+struct ImageReader::File {
+    std::string path;
     std::unique_ptr<OIIO::ImageInput> in;
     OIIO::ImageSpec layout;
+    std::vector<float> samples;  // the file's channels, one chunk of rows; a tiled file whole
 };
 
-OpenFile openInput(const std::string& path)
+ImageReader::ImageReader(const std::string& path) : file(std::make_unique<File>())
 {
     std::error_code error;
     if (!fs::exists(path, error))
         throw Failure("cannot read " + path + ": no such file");
+    file->path = path;
     // Colour as the file stores it, never multiplied by alpha on the way in.
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
-    OpenFile file;
-    file.in = OIIO::ImageInput::create(path, false, &config);
-    if (!file.in || !file.in->open(path, file.layout, config)) {
-        const std::string reason = file.in ? file.in->geterror() : OIIO::geterror();
+    file->in = OIIO::ImageInput::create(path, false, &config);
+    if (!file->in || !file->in->open(path, file->layout, config)) {
+        const std::string reason = file->in ? file->in->geterror() : OIIO::geterror();
         throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
     }
-    const int channels = file.layout.nchannels;
-    if (channels < 1 || channels > 4)
-        throw Failure("cannot use " + path + ": it has " + std::to_string(channels) +
+    const OIIO::ImageSpec& layout = file->layout;
+    if (layout.nchannels < 1 || layout.nchannels > 4)
+        throw Failure("cannot use " + path + ": it has " + std::to_string(layout.nchannels) +
                       " channels; grey, grey + alpha, RGB and RGBA (1 to 4) are supported");
-    return file;
+    header = ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format)};
 }
 
-}  // namespace
+ImageReader::~ImageReader() = default;
 
-ImageHeader readImageHeader(const std::string& path)
+void ImageReader::ReadRows(int y, int count, float* rgba)
 {
-    const OpenFile file = openInput(path);
-    const OIIO::ImageSpec& layout = file.layout;
-    return ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format)};
+    const OIIO::ImageSpec& layout = file->layout;
+    const int n = layout.nchannels;
+    const size_t width = static_cast<size_t>(layout.width);
+    auto fail = [&]() { throw Failure("cannot read " + file->path + ": " + file->in->geterror()); };
+    // Tiled files are read whole on the first call; the others a chunk at a time.
+    const bool tiled = layout.tile_width > 0;
+    if (tiled && file->samples.empty()) {
+        file->samples.resize(width * layout.height * n);
+        if (!file->in->read_image(0, 0, 0, n, OIIO::TypeDesc::FLOAT, file->samples.data()))
+            fail();
+    }
+    for (int done = 0; done < count;) {
+        const int rows = tiled ? count : std::min(kChunkRows, count - done);
+        if (!tiled) {
+            file->samples.resize(static_cast<size_t>(kChunkRows) * width * n);
+            const int top = layout.y + y + done;
+            if (!file->in->read_scanlines(0, 0, top, top + rows, layout.z, 0, n, OIIO::TypeDesc::FLOAT,
+                                          file->samples.data()))
+                fail();
+        }
+        const float* s = file->samples.data() + (tiled ? (y + done) * width * n : 0);
+        float* d = rgba + done * width * 4;
+        const bool grey = n <= 2;
+        for (size_t i = 0; i < rows * width; ++i, s += n, d += 4) {
+            d[0] = s[0];
+            d[1] = grey ? s[0] : s[1];
+            d[2] = grey ? s[0] : s[2];
+            d[3] = n == 2 ? s[1] : n == 4 ? s[3] : 1.0f;
+        }
+        done += rows;
+    }
 }
+
+struct ImageWriter::File {
+    std::unique_ptr<OIIO::ImageOutput> out;
+    fs::path target;
+    fs::path temporary;
+    int nextRow = 0;
+    bool finished = false;
+
+    [[noreturn]] void Fail()
+    {
+        const std::string reason = out->geterror();
+        throw Failure("cannot write " + target.string() + ": " + (reason.empty() ? "the writer failed" : reason));
+    }
+};
+
+ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleDepth depth, int channels,
+                         const std::string& compression)
+    : file(std::make_unique<File>())
+{
+    const int written = channels == 2 || channels == 4 ? 4 : 3;
+    file->target = path;
+    file->out = OIIO::ImageOutput::create(path);
+    if (!file->out)
+        throw Failure("cannot write " + path + ": no image format for its name");
+    OIIO::ImageSpec layout(width, height, written, typeOf(depth));
+    // Some writers (PNM) take their depth from this rather than the sample type.
+    if (depth == SampleDepth::U16)
+        layout.attribute("oiio:BitsPerSample", 16);
+    if (!compression.empty())
+        layout.attribute("compression", compression);
+    // No time stamp (TIFF, EXR): the same frame gives the same bytes on every run.
+    layout.attribute("DateTime", "");
+    if (written == 4) {
+        layout.alpha_channel = 3;
+        layout.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
+    }
+    file->temporary = temporaryBeside(file->target);
+    if (!file->out->open(file->temporary.string(), layout)) {
+        std::error_code error;
+        fs::remove(file->temporary, error);
+        file->Fail();
+    }
+}
+
+ImageWriter::~ImageWriter()
+{
+    if (file->finished)
+        return;
+    file->out->close();
+    std::error_code error;
+    fs::remove(file->temporary, error);
+}
+
+void ImageWriter::WriteRows(int count, const float* rgba)
+{
+    const int top = file->nextRow;
+    if (!file->out->write_scanlines(top, top + count, 0, OIIO::TypeDesc::FLOAT, rgba, 4 * sizeof(float)))
+        file->Fail();
+    file->nextRow += count;
+}
+
+void ImageWriter::Finish()
+{
+    if (!file->out->close())
+        file->Fail();
+    file->finished = true;
+    commit(file->temporary, file->target);
+}
+
+ImageHeader readImageHeader(const std::string& path) { return ImageReader(path).Header(); }
 
 ImageFrame readImage(const std::string& path)
 {
-    const OpenFile opened = openInput(path);
-    const OIIO::ImageSpec& layout = opened.layout;
+    ImageReader reader(path);
+    const ImageHeader& header = reader.Header();
     ImageFrame frame;
-    frame.width = layout.width;
-    frame.height = layout.height;
-    frame.channels = layout.nchannels;
-    frame.depth = depthOf(layout.format);
-    const size_t pixels = static_cast<size_t>(layout.width) * layout.height;
-    std::vector<float> file(pixels * layout.nchannels);
-    if (!opened.in->read_image(0, 0, 0, layout.nchannels, OIIO::TypeDesc::FLOAT, file.data()))
-        throw Failure("cannot read " + path + ": " + opened.in->geterror());
-    frame.rgba.resize(pixels * 4);
-    const int n = layout.nchannels;
-    for (size_t i = 0; i < pixels; ++i) {
-        const float* s = &file[i * n];
-        float* d = &frame.rgba[i * 4];
-        const bool grey = n <= 2;
-        d[0] = s[0];
-        d[1] = grey ? s[0] : s[1];
-        d[2] = grey ? s[0] : s[2];
-        d[3] = n == 2 ? s[1] : n == 4 ? s[3] : 1.0f;
-    }
+    frame.width = header.width;
+    frame.height = header.height;
+    frame.channels = header.channels;
+    frame.depth = header.depth;
+    frame.rgba.resize(static_cast<size_t>(header.width) * header.height * 4);
+    reader.ReadRows(0, header.height, frame.rgba.data());
     return frame;
 }
 
 void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
                 const std::string& compression)
 {
-    const int written = channels == 2 || channels == 4 ? 4 : 3;
-    auto out = OIIO::ImageOutput::create(path);
-    if (!out)
-        throw Failure("cannot write " + path + ": no image format for its name");
-    OIIO::ImageSpec layout(frame.width, frame.height, written, typeOf(depth));
-    // Some writers (PNM) take their depth from this rather than the sample type.
-    if (depth == SampleDepth::U16)
-        layout.attribute("oiio:BitsPerSample", 16);
-    if (!compression.empty())
-        layout.attribute("compression", compression);
-    if (written == 4) {
-        layout.alpha_channel = 3;
-        layout.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
-    }
-    const fs::path target(path);
-    const fs::path temporary = temporaryBeside(target);
-    bool ok = out->open(temporary.string(), layout);
-    ok = ok && out->write_image(OIIO::TypeDesc::FLOAT, frame.rgba.data(), 4 * sizeof(float));
-    ok = out->close() && ok;
-    if (!ok) {
-        const std::string reason = out->geterror();
-        std::error_code error;
-        fs::remove(temporary, error);
-        throw Failure("cannot write " + path + ": " + (reason.empty() ? "the writer failed" : reason));
-    }
-    commit(temporary, target);
+    ImageWriter writer(path, frame.width, frame.height, depth, channels, compression);
+    writer.WriteRows(frame.height, frame.rgba.data());
+    writer.Finish();
 }
 
 std::string compressionProblem(const std::string& compression)

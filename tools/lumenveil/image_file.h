@@ -1,8 +1,10 @@
 // Image files through OpenImageIO: any format it reads, 8-bit, 16-bit or
-// float, grey or colour, with or without alpha, held as RGBA floats; written
-// to a temporary file beside the target and renamed into place.
+// float, grey or colour, with or without alpha, read and written as RGBA
+// floats, whole or row by row; written to a temporary file beside the target
+// and renamed into place.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,16 +30,53 @@ struct ImageFrame {
     const float* Pixel(int x, int y) const { return &rgba[(static_cast<size_t>(y) * width + x) * 4]; }
 };
 
-// Failure when the file is missing, unreadable, or has a channel count other
-// than 1 to 4.
-ImageHeader readImageHeader(const std::string& path);
-// Grey is taken as R = G = B; no alpha is full alpha.
-ImageFrame readImage(const std::string& path);
+// A file open for reading, row by row. Failure when the file is missing,
+// unreadable, or has a channel count other than 1 to 4.
+class ImageReader {
+public:
+    explicit ImageReader(const std::string& path);
+    ~ImageReader();
+    ImageReader(const ImageReader&) = delete;
+    ImageReader& operator=(const ImageReader&) = delete;
 
-// Writes `frame` with `channels` channels (3 or 4; 1 and 2 are written as 3
-// and 4) at `depth`, with `compression` as the file format names it (empty:
-// the format's own default); Failure when the file cannot be written, leaving
-// nothing at `path` but what was there before.
+    const ImageHeader& Header() const { return header; }
+    // Rows y to y + count - 1 (0 is the top row) into `rgba`, four floats a
+    // pixel: grey is taken as R = G = B, no alpha is full alpha.
+    void ReadRows(int y, int count, float* rgba);
+
+private:
+    struct File;
+    std::unique_ptr<File> file;
+    ImageHeader header;
+};
+
+// A file written row by row, top row first, to a temporary file beside the
+// target that Finish renames into place; without Finish it is removed. It has
+// `channels` channels (3 or 4; 1 and 2 are written as 3 and 4) at `depth`,
+// with `compression` as the file format names it (empty: the format's own
+// default). Failure when the file cannot be written, leaving nothing at the
+// target but what was there before.
+class ImageWriter {
+public:
+    ImageWriter(const std::string& path, int width, int height, SampleDepth depth, int channels,
+                const std::string& compression = "");
+    ~ImageWriter();
+    ImageWriter(const ImageWriter&) = delete;
+    ImageWriter& operator=(const ImageWriter&) = delete;
+
+    // The next `count` rows, four floats a pixel.
+    void WriteRows(int count, const float* rgba);
+    void Finish();
+
+private:
+    struct File;
+    std::unique_ptr<File> file;
+};
+
+// The whole file at once, as ImageReader reads it.
+ImageHeader readImageHeader(const std::string& path);
+ImageFrame readImage(const std::string& path);
+// The whole frame at once, as ImageWriter writes it.
 void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
                 const std::string& compression = "");
 

@@ -52,15 +52,15 @@ RgbaImage OverlayPainter::Draw(int width, int height, double pixelAspect, double
     return surface.drawing.Rasterise(RowOrder::BOTTOM_UP);
 }
 
-void compositeOverlay(ImageFrame& frame, const RgbaImage& overlay)
+void compositeOverlay(float* rgba, int width, int top, int count, const RgbaImage& overlay)
 {
-    const int w = std::min(frame.width, overlay.Width());
-    const int h = std::min(frame.height, overlay.Height());
-    for (int y = 0; y < h; ++y)
+    const int w = std::min(width, overlay.Width());
+    const int bottom = std::min(top + count, overlay.Height());
+    for (int y = top; y < bottom; ++y)
         for (int x = 0; x < w; ++x) {
             const uint8_t* o = overlay.Pixel(x, y);
             const float a = o[3] / 255.0f;
-            float* p = frame.Pixel(x, y);
+            float* p = rgba + (static_cast<size_t>(y - top) * width + x) * 4;
             for (int c = 0; c < 3; ++c)
                 p[c] = o[c] / 255.0f * a + p[c] * (1.0f - a);
             p[3] = a + p[3] * (1.0f - a);

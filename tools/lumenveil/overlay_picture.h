@@ -11,7 +11,6 @@
 #include "tools/lumenveil/com_ref.h"
 #include "tools/lumenveil/effect_instance.h"
 #include "tools/lumenveil/effect_module.h"
-#include "tools/lumenveil/image_file.h"
 
 class OverlayPainter {
 public:
@@ -32,5 +31,6 @@ private:
     VWViewer viewer;
 };
 
-// Lays `overlay` over `frame` (alpha blending, top-left aligned).
-void compositeOverlay(ImageFrame& frame, const RgbaImage& overlay);
+// Lays `overlay` over rows top to top + count - 1 of a frame `width` pixels
+// wide, four floats a pixel in `rgba` (alpha blending, top-left aligned).
+void compositeOverlay(float* rgba, int width, int top, int count, const RgbaImage& overlay);

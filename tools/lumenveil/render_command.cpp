@@ -16,6 +16,7 @@
 #include "tools/lumenveil/channel_selection.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/engine_choice.h"
+#include "tools/lumenveil/frame_memory.h"
 #include "tools/lumenveil/frame_pattern.h"
 #include "tools/lumenveil/host_format_choice.h"
 #include "tools/lumenveil/host_frame.h"
@@ -143,36 +144,36 @@ void checkExists(const std::string& path)
 
 std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_string(h); }
 
-// One frame read and handed over to the host's buffers.
-struct LoadedFrame {
-    ImageFrame frame;
+// The host images of one frame. They are used again for later frames, so
+// that a sequence does not map fresh memory for each one.
+struct HostFrames {
     ComRef<MemoryImage> input;
     ComRef<MemoryImage> output;
-    ComRef<MemoryImage> spread;
 };
 
-// A frame of host images for `frame`: the output starts as a copy of the
-// input, so that rows the effect does not write (other field) keep it.
-LoadedFrame handOver(ImageFrame frame, const HostFormatGeometry& format, int32_t rows)
-{
-    LoadedFrame loaded;
-    loaded.input = makeHostImage(frame, format, rows);
-    const int32_t columns = hostFrameColumns(frame.width, format);
-    loaded.output = ComRef<MemoryImage>(MemoryImage::Create(*format.guid, columns, rows));
-    if (!loaded.output)
-        throw Failure("no memory for a " + sizeText(columns, rows) + " frame");
-    std::memcpy(loaded.output->Data(), loaded.input->Data(), loaded.input->Bytes());
-    loaded.frame = std::move(frame);
-    return loaded;
-}
+// One frame read and handed over to the host's images.
+struct LoadedFrame {
+    ImageHeader header;
+    HostFrames images;
+    ComRef<MemoryImage> spread;
+    std::vector<float> alpha;  // the file's alpha, kept where the host format has none
+};
 
-ImageFrame readSpread(const std::string& path, const ImageFrame& input, const std::string& inputPath)
+bool formatHasAlpha(const HostFormatGeometry& format) { return !format.pairs || format.alphaPlane; }
+
+// A host image of the Spread picture at `path`, which must be the input's size.
+ComRef<MemoryImage> readSpread(const std::string& path, const ImageHeader& input, const std::string& inputPath,
+                               const HostFormatGeometry& format, int32_t rows)
 {
-    ImageFrame spread = readImage(path);
+    ImageReader reader(path);
+    const ImageHeader& spread = reader.Header();
     if (spread.width != input.width || spread.height != input.height)
         throw Failure("the Spread image " + path + " is " + sizeText(spread.width, spread.height) + " but " +
                       inputPath + " is " + sizeText(input.width, input.height) + ": they must be the same size");
-    return spread;
+    ComRef<MemoryImage> image = newHostImage(format, spread.width, rows);
+    storeHostImage(image.get(), format, spread.width, spread.height, rows,
+                   [&](int32_t y, int32_t count, float* rgba) { reader.ReadRows(y, count, rgba); });
+    return image;
 }
 
 }  // namespace
@@ -230,6 +231,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     if (!r.savePreset.empty())
         writeTextFile(r.savePreset, effect.SavePreset());
 
+    keepFrameMemory();
     ImageEffectHost host;
     CoordMan coordinates(r.pixelAspect);
     // The project frame is the frame itself, so the effect's scale is 1.
@@ -247,15 +249,59 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     const bool spreadPerFrame = !r.spread.empty() && plan.sequence && hasFramePattern(r.spread);
     std::optional<ComRef<MemoryImage>> stillSpread;
 
-    auto load = [&](long f) {
-        ImageFrame frame = readImage(inputPath(f));
+    const bool keepFileAlpha = !formatHasAlpha(format);
+    auto load = [&](long f, HostFrames images) {
+        ImageReader reader(inputPath(f));
+        LoadedFrame loaded;
+        loaded.header = reader.Header();
+        const ImageHeader& frame = loaded.header;
         if (frame.width != header.width || frame.height != header.height)
             throw Failure(inputPath(f) + " is " + sizeText(frame.width, frame.height) + ", frame " +
                           std::to_string(range.first) + " was " + sizeText(header.width, header.height));
-        LoadedFrame loaded = handOver(std::move(frame), format, rows);
+        for (ComRef<MemoryImage>* image : {&images.input, &images.output})
+            if (!*image)
+                *image = newHostImage(format, frame.width, rows);
+        const bool fileAlpha = keepFileAlpha && (frame.channels == 2 || frame.channels == 4);
+        if (fileAlpha)
+            loaded.alpha.resize(static_cast<size_t>(frame.width) * frame.height);
+        storeHostImage(images.input.get(), format, frame.width, frame.height, rows,
+                       [&](int32_t y, int32_t count, float* rgba) {
+                           reader.ReadRows(y, count, rgba);
+                           for (size_t i = 0; fileAlpha && i < static_cast<size_t>(count) * frame.width; ++i)
+                               loaded.alpha[static_cast<size_t>(y) * frame.width + i] = rgba[i * 4 + 3];
+                       });
+        // With one field rendered, the other keeps the input: the output
+        // starts as its copy. Otherwise the effect writes every pixel.
+        if (plan.fieldMask != 0)
+            std::memcpy(images.output->Data(), images.input->Data(), images.input->Bytes());
+        loaded.images = std::move(images);
         if (spreadPerFrame)
-            loaded.spread = makeHostImage(readSpread(framePath(r.spread, f), loaded.frame, inputPath(f)), format, rows);
+            loaded.spread = readSpread(framePath(r.spread, f), frame, inputPath(f), format, rows);
         return loaded;
+    };
+    // Writes the effect's output of frame f, and the overlay picture over it.
+    auto write = [&](long f, const LoadedFrame& frame, const RgbaImage& layer, const ImageFrame& spreadPicture) {
+        const ImageHeader& h = frame.header;
+        const SampleDepth depth = plan.depth.value_or(h.depth);
+        ImageWriter output(framePath(r.output, f), h.width, h.height, depth, h.channels, r.compression);
+        std::optional<ImageWriter> withOverlay;
+        if (overlay)
+            withOverlay.emplace(framePath(r.overlay, f), h.width, h.height, depth, h.channels, r.compression);
+        loadHostImage(frame.images.output.get(), format, h.width, h.height, rows,
+                      [&](int32_t y, int32_t count, float* rgba) {
+                          for (size_t i = 0; !frame.alpha.empty() && i < static_cast<size_t>(count) * h.width; ++i)
+                              rgba[i * 4 + 3] = frame.alpha[static_cast<size_t>(y) * h.width + i];
+                          output.WriteRows(count, rgba);
+                          if (withOverlay) {
+                              compositeOverlay(rgba, h.width, y, count, layer);
+                              withOverlay->WriteRows(count, rgba);
+                          }
+                      });
+        output.Finish();
+        if (withOverlay)
+            withOverlay->Finish();
+        if (!r.psf.empty())
+            writeImage(framePath(r.psf, f), spreadPicture, SampleDepth::U8, 1);
     };
     struct InterruptGuard {
         explicit InterruptGuard(ImageEffectHost* host) { watchInterrupts(host); }
@@ -263,8 +309,10 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     } guard(&host);
 
     ProgressMeter progress(range.Count(), r.quiet);
-    std::future<LoadedFrame> next = std::async(std::launch::async, load, range.first);
-    std::future<void> writing;
+    // The next frame is read while this one renders, and the last one written.
+    HostFrames spare;  // images no frame uses any more
+    std::future<LoadedFrame> next = std::async(std::launch::async, load, range.first, HostFrames{});
+    std::future<ComRef<MemoryImage>> writing;  // gives back the output image it wrote
     long written = 0;
     auto interrupted = [&]() {
         if (writing.valid())
@@ -278,13 +326,13 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     for (long f = range.first; f <= range.last; ++f) {
         LoadedFrame current = next.get();
         if (f < range.last)
-            next = std::async(std::launch::async, load, f + 1);
+            next = std::async(std::launch::async, load, f + 1, std::move(spare));
         if (!r.spread.empty() && !spreadPerFrame && !stillSpread)
-            stillSpread = makeHostImage(readSpread(r.spread, current.frame, inputPath(f)), format, rows);
+            stillSpread = readSpread(r.spread, current.header, inputPath(f), format, rows);
         IDSImage* spread = spreadPerFrame ? current.spread.get() : stillSpread ? stillSpread->get() : nullptr;
         host.SetInput(1, spread);
-        fx->SetInput(current.input.get());
-        fx->SetOutput(current.output.get());
+        fx->SetInput(current.images.input.get());
+        fx->SetOutput(current.images.output.get());
         if (interruptRequested())
             throw interrupted();
         const double time = f / r.rate;
@@ -296,28 +344,19 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
             std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
             throw Failure("the effect failed on " + inputPath(f) + " (" + code + ")");
         }
-        ImageFrame result = std::move(current.frame);
-        readHostImage(current.output.get(), format, rows, result);
-        RgbaImage overlayLayer;
+        RgbaImage layer;
         if (overlay)
-            overlayLayer = overlay->Draw(result.width, result.height, r.pixelAspect, time);
+            layer = overlay->Draw(current.header.width, current.header.height, r.pixelAspect, time);
         ImageFrame spreadPicture;
         if (!r.psf.empty())
             spreadPicture = pointSpreadPicture(fx);
-        if (writing.valid())
-            writing.get();
+        spare.input = std::move(current.images.input);
+        spare.output = writing.valid() ? writing.get() : ComRef<MemoryImage>();
         ++written;
-        const SampleDepth depth = plan.depth.value_or(result.depth);
-        writing = std::async(std::launch::async, [&r, f, depth, hasOverlay = bool(overlay), result = std::move(result),
-                                                  layer = std::move(overlayLayer),
+        writing = std::async(std::launch::async, [&write, f, frame = std::move(current), layer = std::move(layer),
                                                   spreadPicture = std::move(spreadPicture)]() mutable {
-                writeImage(framePath(r.output, f), result, depth, result.channels, r.compression);
-            if (!r.psf.empty())
-                writeImage(framePath(r.psf, f), spreadPicture, SampleDepth::U8, 1);
-            if (hasOverlay) {
-                compositeOverlay(result, layer);
-                writeImage(framePath(r.overlay, f), result, depth, result.channels, r.compression);
-            }
+            write(f, frame, layer, spreadPicture);
+            return std::move(frame.images.output);
         });
         progress.FrameDone(f, written);
     }
