@@ -11,8 +11,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <system_error>
+#include <type_traits>
 
 #include "tools/lumenveil/cli_error.h"
 
@@ -87,13 +89,88 @@ void commit(const fs::path& temporary, const fs::path& target)
 // that a chunk stays in cache from the file to the frame.
 constexpr int kChunkRows = 16;
 
+// The type samples are read and written in: 8- and 16-bit ones as files
+// store them, converted here; the others as floats.
+OIIO::TypeDesc sampleTypeOf(OIIO::TypeDesc stored)
+{
+    return stored == OIIO::TypeDesc::UINT8 || stored == OIIO::TypeDesc::UINT16 ? stored : OIIO::TypeDesc::FLOAT;
+}
+
+// Whether the writer of `format` stores samples of `depth` as they are
+// handed over, so that 8- and 16-bit samples can be made here; the others
+// (OpenEXR keeps no integers, JPEG no 16 bits) are handed floats.
+bool writesAsHanded(const std::string& format, SampleDepth depth)
+{
+    if (depth != SampleDepth::U8 && depth != SampleDepth::U16)
+        return false;
+    static const char* const exact[] = {"tiff", "png", "pnm", "dpx"};
+    return std::find(std::begin(exact), std::end(exact), format) != std::end(exact);
+}
+
+// Full scale of an integer sample type; floats are taken as they are.
+template <typename T> constexpr float fullScaleOf() { return std::is_integral_v<T> ? float(std::numeric_limits<T>::max()) : 1.0f; }
+
+// `pixels` pixels of N samples of T to RGBA floats (1.0 full): grey is taken
+// as R = G = B, no alpha is full alpha.
+template <typename T, int N> void expandPixels(const T* s, size_t pixels, float* d)
+{
+    const float scale = 1.0f / fullScaleOf<T>();
+    for (size_t i = 0; i < pixels; ++i, s += N, d += 4) {
+        d[0] = s[0] * scale;
+        d[1] = (N <= 2 ? s[0] : s[1]) * scale;
+        d[2] = (N <= 2 ? s[0] : s[2]) * scale;
+        d[3] = N == 2 ? s[1] * scale : N == 4 ? s[3] * scale : 1.0f;
+    }
+}
+
+template <typename T> void expandPixels(const T* s, int n, size_t pixels, float* d)
+{
+    switch (n) {
+    case 1: return expandPixels<T, 1>(s, pixels, d);
+    case 2: return expandPixels<T, 2>(s, pixels, d);
+    case 3: return expandPixels<T, 3>(s, pixels, d);
+    default: return expandPixels<T, 4>(s, pixels, d);
+    }
+}
+
+void expandPixels(OIIO::TypeDesc type, const uint8_t* samples, int n, size_t pixels, float* d)
+{
+    if (type == OIIO::TypeDesc::UINT8)
+        expandPixels(samples, n, pixels, d);
+    else if (type == OIIO::TypeDesc::UINT16)
+        expandPixels(reinterpret_cast<const uint16_t*>(samples), n, pixels, d);
+    else
+        expandPixels(reinterpret_cast<const float*>(samples), n, pixels, d);
+}
+
+// `pixels` RGBA floats to N integer samples of T: clamped to 0..1, scaled to
+// full scale and rounded to nearest, halves up.
+template <typename T, int N> void packPixels(const float* s, size_t pixels, T* d)
+{
+    constexpr float full = fullScaleOf<T>();
+    for (size_t i = 0; i < pixels; ++i, s += 4, d += N)
+        for (int c = 0; c < N; ++c) {
+            const float v = (s[c] > 0.0f ? (s[c] < 1.0f ? s[c] : 1.0f) : 0.0f) * full;
+            const int whole = static_cast<int>(v);
+            d[c] = static_cast<T>(whole + (v - static_cast<float>(whole) >= 0.5f ? 1 : 0));
+        }
+}
+
+template <typename T> void packPixels(const float* s, int n, size_t pixels, T* d)
+{
+    if (n == 3)
+        packPixels<T, 3>(s, pixels, d);
+    else
+        packPixels<T, 4>(s, pixels, d);
+}
+
 }  // namespace
 
 struct ImageReader::File {
     std::string path;
     std::unique_ptr<OIIO::ImageInput> in;
     OIIO::ImageSpec layout;
-    std::vector<float> samples;  // the file's channels, one chunk of rows; a tiled file whole
+    std::vector<uint8_t> samples;  // the file's channels, one chunk of rows; a tiled file whole
 };
 
 ImageReader::ImageReader(const std::string& path) : file(std::make_unique<File>())
@@ -124,38 +201,36 @@ void ImageReader::ReadRows(int y, int count, float* rgba)
     const OIIO::ImageSpec& layout = file->layout;
     const int n = layout.nchannels;
     const size_t width = static_cast<size_t>(layout.width);
+    const OIIO::TypeDesc type = sampleTypeOf(layout.format);
+    const size_t rowBytes = width * n * type.size();
     auto fail = [&]() { throw Failure("cannot read " + file->path + ": " + file->in->geterror()); };
     // Tiled files are read whole on the first call; the others a chunk at a time.
     const bool tiled = layout.tile_width > 0;
     if (tiled && file->samples.empty()) {
-        file->samples.resize(width * layout.height * n);
-        if (!file->in->read_image(0, 0, 0, n, OIIO::TypeDesc::FLOAT, file->samples.data()))
+        file->samples.resize(rowBytes * layout.height);
+        if (!file->in->read_image(0, 0, 0, n, type, file->samples.data()))
             fail();
     }
     for (int done = 0; done < count;) {
         const int rows = tiled ? count : std::min(kChunkRows, count - done);
         if (!tiled) {
-            file->samples.resize(static_cast<size_t>(kChunkRows) * width * n);
+            file->samples.resize(rowBytes * kChunkRows);
             const int top = layout.y + y + done;
-            if (!file->in->read_scanlines(0, 0, top, top + rows, layout.z, 0, n, OIIO::TypeDesc::FLOAT,
-                                          file->samples.data()))
+            if (!file->in->read_scanlines(0, 0, top, top + rows, layout.z, 0, n, type, file->samples.data()))
                 fail();
         }
-        const float* s = file->samples.data() + (tiled ? (y + done) * width * n : 0);
-        float* d = rgba + done * width * 4;
-        const bool grey = n <= 2;
-        for (size_t i = 0; i < rows * width; ++i, s += n, d += 4) {
-            d[0] = s[0];
-            d[1] = grey ? s[0] : s[1];
-            d[2] = grey ? s[0] : s[2];
-            d[3] = n == 2 ? s[1] : n == 4 ? s[3] : 1.0f;
-        }
+        const uint8_t* samples = file->samples.data() + (tiled ? (y + done) * rowBytes : 0);
+        expandPixels(type, samples, n, rows * width, rgba + done * width * 4);
         done += rows;
     }
 }
 
 struct ImageWriter::File {
     std::unique_ptr<OIIO::ImageOutput> out;
+    int width = 0;
+    int channels = 0;               // written: 3 or 4
+    OIIO::TypeDesc type;            // of the samples handed to the writer
+    std::vector<uint8_t> samples;   // one chunk of rows of them
     fs::path target;
     fs::path temporary;
     int nextRow = 0;
@@ -189,6 +264,9 @@ ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleD
         layout.alpha_channel = 3;
         layout.attribute("oiio:UnassociatedAlpha", 1);  // written as read, not divided by alpha
     }
+    file->width = width;
+    file->channels = written;
+    file->type = writesAsHanded(file->out->format_name(), depth) ? typeOf(depth) : OIIO::TypeDesc::FLOAT;
     file->temporary = temporaryBeside(file->target);
     if (!file->out->open(file->temporary.string(), layout)) {
         std::error_code error;
@@ -208,10 +286,27 @@ ImageWriter::~ImageWriter()
 
 void ImageWriter::WriteRows(int count, const float* rgba)
 {
-    const int top = file->nextRow;
-    if (!file->out->write_scanlines(top, top + count, 0, OIIO::TypeDesc::FLOAT, rgba, 4 * sizeof(float)))
-        file->Fail();
-    file->nextRow += count;
+    const size_t width = static_cast<size_t>(file->width);
+    for (int done = 0; done < count;) {
+        const int rows = std::min(kChunkRows, count - done);
+        const int top = file->nextRow;
+        const float* s = rgba + done * width * 4;
+        bool ok;
+        if (file->type == OIIO::TypeDesc::FLOAT) {
+            ok = file->out->write_scanlines(top, top + rows, 0, file->type, s, 4 * sizeof(float));
+        } else {
+            file->samples.resize(width * kChunkRows * file->channels * file->type.size());
+            if (file->type == OIIO::TypeDesc::UINT8)
+                packPixels(s, file->channels, rows * width, file->samples.data());
+            else
+                packPixels(s, file->channels, rows * width, reinterpret_cast<uint16_t*>(file->samples.data()));
+            ok = file->out->write_scanlines(top, top + rows, 0, file->type, file->samples.data());
+        }
+        if (!ok)
+            file->Fail();
+        file->nextRow += rows;
+        done += rows;
+    }
 }
 
 void ImageWriter::Finish()
