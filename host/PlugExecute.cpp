@@ -95,6 +95,9 @@ HRESULT Plug::runRender(double position)
 void Plug::mergeChannels(const VZImage* input, VZImage* output, int32_t s0, int32_t s1, int32_t s2, int32_t s3)
 {
     const int32_t selector[4] = {s0, s1, s2, s3};
+    // Every channel processed and no matte: the output stands as rendered.
+    if (s0 != 0 && s1 != 0 && s2 != 0 && s3 != 0 && s3 != 2)
+        return;
     for (int32_t y = 0; y < input->height; ++y) {
         const uint16_t* in = input->rows[y];
         uint16_t* out = output->rows[y];

@@ -128,9 +128,8 @@ bool image_fill_from_vzimage(ImageRec* record, const VZImage* vzImage)
     const uint16_t* from = vzImage->pixels;
     if (record->sampleType == IMAGE_U16) {
         uint16_t* to = static_cast<uint16_t*>(record->pixels);
-        std::memcpy(to, from, count * sizeof(uint16_t));
         for (size_t i = 0; i < count; ++i)
-            to[i] = static_cast<uint16_t>(to[i] * 2);
+            to[i] = static_cast<uint16_t>(from[i] * 2);
         return true;
     }
     if (record->sampleType == IMAGE_F32) {
@@ -158,9 +157,9 @@ bool image_store_to_vzimage(const ImageRec* record, VZImage* vzImage)
         if (record->sampleType == IMAGE_U16) {
             const size_t count = sampleCount(vzImage);
             uint16_t* to = vzImage->pixels;
-            std::memcpy(to, record->pixels, count * sizeof(uint16_t));
+            const uint16_t* from = static_cast<const uint16_t*>(record->pixels);
             for (size_t i = 0; i < count; ++i)
-                to[i] = static_cast<uint16_t>(to[i] >> 1);
+                to[i] = static_cast<uint16_t>(from[i] >> 1);
             return true;
         }
         const uint8_t* from = static_cast<const uint8_t*>(record->pixels);
