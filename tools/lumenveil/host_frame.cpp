@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
 #include <vector>
 
 #include "tools/lumenveil/cli_error.h"
@@ -105,6 +106,35 @@ float chromaOf(float s, int32_t sampleBytes)
     return sampleBytes == 1 ? (s - kChromaZero) / kChromaSpan : sampleBytes == 2 ? s / 16384.0f : s;
 }
 
+// `pixels` RGBA pixels of floats to samples of T (full scale 255, 16384 or
+// 1.0): clamped to 0..1, integers rounded to nearest, halves up, as putSample
+// does; and back.
+template <typename T> void storeRgbaSamples(const float* from, int32_t pixels, uint8_t* to)
+{
+    const float full = fullScale(sizeof(T));
+    for (int32_t i = 0; i < pixels * 4; ++i) {
+        const float v = (from[i] > 0.0f ? (from[i] < 1.0f ? from[i] : 1.0f) : 0.0f) * full;
+        T sample;
+        if constexpr (std::is_integral_v<T>) {
+            const int32_t whole = static_cast<int32_t>(v);
+            sample = static_cast<T>(whole + (v - static_cast<float>(whole) >= 0.5f ? 1 : 0));
+        } else {
+            sample = v;
+        }
+        std::memcpy(to + i * sizeof(T), &sample, sizeof(T));
+    }
+}
+
+template <typename T> void loadRgbaSamples(const uint8_t* from, int32_t pixels, float* to)
+{
+    const float full = fullScale(sizeof(T));
+    for (int32_t i = 0; i < pixels * 4; ++i) {
+        T sample;
+        std::memcpy(&sample, from + i * sizeof(T), sizeof(T));
+        to[i] = static_cast<float>(sample) / full;
+    }
+}
+
 // Where one format's samples of one buffer row lie.
 struct RowAt {
     uint8_t* colour;
@@ -136,6 +166,14 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
             putSample(pair + 2 * bytes, bytes, chromaSample((a.cr + b.cr) / 2.0f, bytes));
             putSample(pair + 3 * bytes, bytes, lumaSample(b.y, bytes));
         }
+    } else if (format.code != kVideoBgraCode) {
+        // R G B A samples in file order: one loop over them all.
+        if (bytes == 1)
+            storeRgbaSamples<uint8_t>(at(0), columns, to.colour);
+        else if (bytes == 2)
+            storeRgbaSamples<int16_t>(at(0), columns, to.colour);
+        else
+            storeRgbaSamples<float>(at(0), columns, to.colour);
     } else {
         for (int32_t x = 0; x < columns; ++x) {
             const float* p = at(x);
@@ -165,6 +203,13 @@ void loadRow(const HostFormatGeometry& format, int32_t width, RowAt from, PixelA
                         chromaOf(getSample(pair, bytes), bytes), chromaOf(getSample(pair + 2 * bytes, bytes), bytes)};
             fromYuv(c, k, at(x));
         }
+    } else if (format.code != kVideoBgraCode) {
+        if (bytes == 1)
+            loadRgbaSamples<uint8_t>(from.colour, width, at(0));
+        else if (bytes == 2)
+            loadRgbaSamples<int16_t>(from.colour, width, at(0));
+        else
+            loadRgbaSamples<float>(from.colour, width, at(0));
     } else {
         for (int32_t x = 0; x < width; ++x) {
             const uint8_t* pixel = from.colour + static_cast<size_t>(x) * 4 * bytes;
