@@ -2,6 +2,7 @@
 // and field selections of the host.
 #include <algorithm>
 #include <cmath>
+#include <regex>
 
 #include "tool_fixture.h"
 
@@ -81,10 +82,71 @@ TEST_F(Files, GreyIsTakenAsRgbAndSameCommandSameBytes)
         }
     ASSERT_EQ(run({"render", "grey.png", "-o", "b.png"}).exitCode, 0);
     EXPECT_EQ(bytes("a.png"), bytes("b.png"));
-    // Grey with alpha gives RGBA.
+    // TIFF and OpenEXR files carry no time stamp, and a DPX file names the
+    // file it was written as: that too is the same on every run.
+    const std::regex stamp("[0-9]{4}:[0-9]{2}:[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}");
+    for (const std::string name : {"t.tif", "t.exr", "t.dpx"}) {
+        ASSERT_EQ(run({"render", "grey.png", "-o", name}).exitCode, 0) << name;
+        const std::string first = bytes(name);
+        EXPECT_FALSE(std::regex_search(first, stamp)) << name;
+        ASSERT_EQ(run({"render", "grey.png", "-o", name}).exitCode, 0) << name;
+        EXPECT_EQ(bytes(name), first) << name;
+    }
+    // Grey with alpha gives RGBA, grey in R, G and B.
     write("greya.png", scene(40, 32, 2), OIIO::TypeDesc::UINT8);
     ASSERT_EQ(run({"render", "greya.png", "-o", "c.png"}).exitCode, 0);
-    EXPECT_EQ(read("c.png").channels, 4);
+    const Picture c = read("c.png");
+    ASSERT_EQ(c.channels, 4);
+    for (size_t i = 0; i < c.data.size(); i += 4)
+        ASSERT_EQ(c.data[i + 1], c.data[i]) << "pixel " << i / 4;
+}
+
+TEST_F(Files, KeptChannelsComeBackAsTheHostFrameHeldThem)
+{
+    // Every 8-bit value passes the 8-bit host frame and the effect's 15 bits
+    // unchanged.
+    Picture ramp8(256, 4, 4);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 256; ++x)
+            for (int c = 0; c < 4; ++c)
+                ramp8.at(x, y, c) = ((x * (2 * c + 1) + 64 * y) % 256) / 255.0f;
+    write("ramp8.png", ramp8, OIIO::TypeDesc::UINT8);
+    ASSERT_EQ(run({"render", "ramp8.png", "-o", "kept8.png", "--keep", "r,g,b,a"}).exitCode, 0);
+    EXPECT_EQ(read("kept8.png").data, read("ramp8.png").data);
+    // 16-bit samples go over in float frames: v / 65535, cut to the effect's
+    // 15 bits (x 32767.5), back over 32767 and to the nearest 16-bit step.
+    // Half of all values round up there. Tiled files are read as well.
+    Picture ramp16(1024, 40, 3);
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 1024; ++x)
+            for (int c = 0; c < 3; ++c)
+                ramp16.at(x, y, c) = ((x * 64 + 21 * c + x % 61 + 997 * y) % 65536) / 65535.0f;
+    write("ramp16.tif", ramp16, OIIO::TypeDesc::UINT16);
+    write("tiled16.tif", ramp16, OIIO::TypeDesc::UINT16, 16);
+    const Picture in = read("ramp16.tif");
+    for (const char* name : {"ramp16.tif", "tiled16.tif"}) {
+        ASSERT_EQ(run({"render", name, "-o", "kept16.tif", "--keep", "r,g,b"}).exitCode, 0) << name;
+        const Picture out = read("kept16.tif");
+        ASSERT_EQ(out.data.size(), in.data.size());
+        for (size_t i = 0; i < in.data.size(); ++i) {
+            const long v = std::lround(in.data[i] * 65535.0f);
+            const int frame = static_cast<int>(std::min(v * (1.0f / 65535.0f), 1.0f) * 32767.5f);
+            const float back = static_cast<float>(frame / 32767.0);
+            ASSERT_EQ(std::lround(out.data[i] * 65535.0f), std::lround(back * 65535.0f))
+                << name << " sample " << i << " of value " << v;
+        }
+    }
+    // Float samples put into an 8-bit host frame go to the nearest step.
+    Picture fine(1000, 4, 3);
+    for (size_t i = 0; i < fine.data.size(); ++i)
+        fine.data[i] = (i % 1000) / 999.0f;
+    write("fine.exr", fine);
+    ASSERT_EQ(run({"render", "fine.exr", "-o", "steps.exr", "--keep", "r,g,b", "--host-format", "MFIF_RGBA_RAW_32"})
+                  .exitCode,
+              0);
+    const Picture steps = read("steps.exr");
+    for (size_t i = 0; i < fine.data.size(); ++i)
+        ASSERT_NEAR(steps.data[i], std::lround(fine.data[i] * 255.0f) / 255.0f, 1e-6f) << "sample " << i;
 }
 
 TEST_F(Files, BottomRowsOfAFrameNotAMultipleOfFourAreDefocusedLikeTheRest)

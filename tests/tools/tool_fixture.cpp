@@ -83,11 +83,12 @@ ToolRun ToolTest::run(const std::vector<std::string>& args) const
     return result;
 }
 
-void ToolTest::write(const std::string& name, const Picture& picture, OIIO::TypeDesc type) const
+void ToolTest::write(const std::string& name, const Picture& picture, OIIO::TypeDesc type, int tile) const
 {
     auto out = OIIO::ImageOutput::create(path(name));
     ASSERT_TRUE(out) << name;
     OIIO::ImageSpec layout(picture.width, picture.height, picture.channels, type);
+    layout.tile_width = layout.tile_height = tile;
     layout.attribute("oiio:BitsPerSample", int(type.size() * 8));  // PNM takes its depth from this
     ASSERT_TRUE(out->open(path(name), layout)) << out->geterror();
     ASSERT_TRUE(out->write_image(OIIO::TypeDesc::FLOAT, picture.data.data())) << out->geterror();

@@ -44,8 +44,10 @@ protected:
     // Waits for a started tool; gives its exit code (128 + signal if killed).
     static int finish(int pid);
 
-    // Writes `picture` to `name` in the directory, as `type`.
-    void write(const std::string& name, const Picture& picture, OIIO::TypeDesc type = OIIO::TypeDesc::FLOAT) const;
+    // Writes `picture` to `name` in the directory, as `type`; in square tiles
+    // of `tile` pixels when that is not 0.
+    void write(const std::string& name, const Picture& picture, OIIO::TypeDesc type = OIIO::TypeDesc::FLOAT,
+               int tile = 0) const;
     // Reads `name` back as floats; fails the test if it cannot.
     Picture read(const std::string& name) const;
     // The file's bytes.
