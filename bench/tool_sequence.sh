@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # Times `lumenveil render` on a full-HD 16-bit sequence and sets its frame rate
-# beside the engine's steady-state Run benchmark (four channels, four row
-# threads) and the effect's Execute on float frames. The tool reads the next frame and writes the last one while the
-# current one renders, so file work should keep it at 80% of the engine's rate
-# or above.
+# beside the engine's steady-state Run benchmark (four channels) and the
+# effect's Execute on float frames, both timed before and after the tool and
+# averaged, since a shared machine's speed drifts. The tool reads the next
+# frame and writes the last one while the current one renders, so file work
+# should keep it at 80% of the engine's rate or above.
 #
 #   bench/tool_sequence.sh [FRAMES [TOOL OPTIONS...]]   (default 100 frames)
 #
-# e.g. `bench/tool_sequence.sh 100 --compression zip:1` times faster writing.
+# Frames are written as uncompressed 16-bit TIFF unless the options say
+# otherwise: `bench/tool_sequence.sh 100 --compression zip` times the TIFF
+# writer's default compression, which competes with the engine for the cores.
 #
 # TOOL and BENCH name the programs (defaults: build/release/...); WORK the
 # scratch directory (default build/tool-bench). Without the benchmark program
@@ -47,25 +50,35 @@ for ((i = 0; i < frames; i++)); do
 done
 rm -f "$work"/out/*
 
+# The engine's Run alone, and the effect's Execute on float host frames
+# (what the tool hands a 16-bit file over in): the second adds the effect's
+# own conversions, which the tool cannot avoid, and leaves the file work.
+engine_timings() {
+  "$bench" --benchmark_filter='BM_EngineRun/mask:15/threads:1/|BM_Execute/rgba_float' \
+           --benchmark_format=csv 2>/dev/null |
+    awk -F, '/BM_EngineRun/ && !run { run = $3 } /BM_Execute/ && !ex { ex = $3 } END { print run, ex }'
+}
+[ -x "$bench" ] && before=$(engine_timings)
+
+options=("$@")
+[[ " $* " == *" --compression "* ]] || options+=(--compression none)
 start=$(date +%s.%N)
-"$tool" render "$work/in/f.%04d.ppm" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet "$@"
+"$tool" render "$work/in/f.%04d.ppm" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet \
+  "${options[@]}"
 end=$(date +%s.%N)
 tool_fps=$(python3 -c "print(f'{$frames / ($end - $start):.3f}')")
 echo "tool:   $frames frames in $(python3 -c "print(f'{$end - $start:.1f}')") s, $tool_fps frames/s"
 
 if [ -x "$bench" ]; then
-  # The engine's Run alone, and the effect's Execute on float host frames
-  # (what the tool hands a 16-bit file over in): the second adds the effect's
-  # own conversions, which the tool cannot avoid, and leaves the file work.
-  timings=$("$bench" --benchmark_filter='BM_EngineRun/mask:15/threads:1/|BM_Execute/rgba_float' \
-            --benchmark_format=csv 2>/dev/null)
-  run_ms=$(awk -F, '/BM_EngineRun/ { print $3 }' <<<"$timings" | head -1)
-  execute_ms=$(awk -F, '/BM_Execute/ { print $3 }' <<<"$timings" | head -1)
-  python3 - "$tool_fps" "$run_ms" "$execute_ms" <<'PY'
+  after=$(engine_timings)
+  python3 - "$tool_fps" $before $after <<'PY'
 import sys
-tool, run_ms, execute_ms = float(sys.argv[1]), float(sys.argv[2]), float(sys.argv[3])
-for name, ms in (("engine Run", run_ms), ("effect Execute", execute_ms)):
-    print(f"{name + ':':16s}{ms:.1f} ms, {1000 / ms:.3f} frames/s; tool / it: {tool * ms / 1000:.0%}")
+tool = float(sys.argv[1])
+run_before, execute_before, run_after, execute_after = map(float, sys.argv[2:6])
+for name, a, b in (("engine Run", run_before, run_after), ("effect Execute", execute_before, execute_after)):
+    ms = (a + b) / 2
+    print(f"{name + ':':16s}{ms:.1f} ms ({a:.1f} before, {b:.1f} after), {1000 / ms:.3f} frames/s; "
+          f"tool / it: {tool * ms / 1000:.0%}")
 print("target: the tool at 80% of the engine's rate or more")
 PY
 else

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/unit_samples.h"
 
 namespace {
 
-float clamp01(float v) { return std::isnan(v) ? 0.0f : std::clamp(v, 0.0f, 1.0f); }
 
 // Full scale of an RGBA or alpha sample: 255 at 8 bits, 16384 in 2.14 fixed
 // point, 1.0 in float.
@@ -72,7 +72,7 @@ struct Yuv {
 
 Yuv toYuv(const float* rgb, LumaWeights k)
 {
-    const float r = clamp01(rgb[0]), g = clamp01(rgb[1]), b = clamp01(rgb[2]);
+    const float r = clampUnit(rgb[0]), g = clampUnit(rgb[1]), b = clampUnit(rgb[2]);
     const float y = k.red * r + (1.0f - k.red - k.blue) * g + k.blue * b;
     return {y, (b - y) / (2.0f * (1.0f - k.blue)), (r - y) / (2.0f * (1.0f - k.red))};
 }
@@ -82,9 +82,9 @@ void fromYuv(const Yuv& c, LumaWeights k, float* rgb)
     const float r = c.y + 2.0f * (1.0f - k.red) * c.cr;
     const float b = c.y + 2.0f * (1.0f - k.blue) * c.cb;
     const float g = (c.y - k.red * r - k.blue * b) / (1.0f - k.red - k.blue);
-    rgb[0] = clamp01(r);
-    rgb[1] = clamp01(g);
-    rgb[2] = clamp01(b);
+    rgb[0] = clampUnit(r);
+    rgb[1] = clampUnit(g);
+    rgb[2] = clampUnit(b);
 }
 
 // Sample values of luma and chroma at each depth: video range at 8 bits,
@@ -107,20 +107,17 @@ float chromaOf(float s, int32_t sampleBytes)
 }
 
 // `pixels` RGBA pixels of floats to samples of T (full scale 255, 16384 or
-// 1.0): clamped to 0..1, integers rounded to nearest, halves up, as putSample
-// does; and back.
+// 1.0), and back.
 template <typename T> void storeRgbaSamples(const float* from, int32_t pixels, uint8_t* to)
 {
     const float full = fullScale(sizeof(T));
     for (int32_t i = 0; i < pixels * 4; ++i) {
-        const float v = (from[i] > 0.0f ? (from[i] < 1.0f ? from[i] : 1.0f) : 0.0f) * full;
+        const float v = clampUnit(from[i]) * full;
         T sample;
-        if constexpr (std::is_integral_v<T>) {
-            const int32_t whole = static_cast<int32_t>(v);
-            sample = static_cast<T>(whole + (v - static_cast<float>(whole) >= 0.5f ? 1 : 0));
-        } else {
+        if constexpr (std::is_integral_v<T>)
+            sample = static_cast<T>(roundHalfUp(v));
+        else
             sample = v;
-        }
         std::memcpy(to + i * sizeof(T), &sample, sizeof(T));
     }
 }
@@ -180,15 +177,15 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
             uint8_t* pixel = to.colour + static_cast<size_t>(x) * 4 * bytes;
             for (int c = 0; c < 4; ++c) {
                 if (format.code == kVideoBgraCode && c < 3)
-                    putSample(pixel + (2 - c), 1, kVideoBlack + clamp01(p[c]) * kVideoSpan);
+                    putSample(pixel + (2 - c), 1, kVideoBlack + clampUnit(p[c]) * kVideoSpan);
                 else
-                    putSample(pixel + c * bytes, bytes, clamp01(p[c]) * fullScale(bytes));
+                    putSample(pixel + c * bytes, bytes, clampUnit(p[c]) * fullScale(bytes));
             }
         }
     }
     if (to.alpha)
         for (int32_t x = 0; x < columns; ++x)
-            putSample(to.alpha + static_cast<size_t>(x) * bytes, bytes, clamp01(at(x)[3]) * fullScale(bytes));
+            putSample(to.alpha + static_cast<size_t>(x) * bytes, bytes, clampUnit(at(x)[3]) * fullScale(bytes));
 }
 
 template <typename PixelAt>

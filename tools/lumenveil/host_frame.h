@@ -8,7 +8,6 @@
 #include "hostsdk/IDSImage.h"
 #include "hostsdk/image_format_geometry.h"
 #include "tools/lumenveil/com_ref.h"
-#include "tools/lumenveil/image_file.h"
 
 // The number of rows handed to the effect: the frame's height, or with
 // `wholeRows` that height rounded up to a multiple of four, because the
@@ -19,8 +18,8 @@ int32_t hostFrameRows(int32_t height, bool wholeRows);
 // to an even number for the Cb Y Cr Y formats, which hold pixels in pairs.
 int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format);
 
-// Rows of a frame, four floats a pixel, top row first: rows y to y + count - 1
-// of `width` pixels each.
+// Rows y to y + count - 1 of a frame (0 is the top row), four floats a pixel,
+// handed to a source to fill or to a sink to take, which may change them.
 using FrameRows = std::function<void(int32_t y, int32_t count, float* rgba)>;
 
 // Fills `image`, a host image of `format` hostFrameColumns x `rows`, with the

@@ -17,6 +17,7 @@
 #include <type_traits>
 
 #include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/unit_samples.h"
 
 namespace {
 
@@ -59,18 +60,26 @@ OIIO::TypeDesc typeOf(SampleDepth depth)
 fs::path temporaryBeside(const fs::path& target)
 {
     static std::atomic<unsigned> serial{0};
-    const std::string stem = "." + target.stem().string() + ".partial";
+    std::string stem = ".";
+    stem += target.stem().string();
+    stem += ".partial";
     std::string unique;
     for (;;) {
-        const fs::path name = target.parent_path() / (stem + unique + target.extension().string());
-        const int fd = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
+        std::string name = stem;
+        name += unique;
+        name += target.extension().string();
+        const fs::path path = target.parent_path() / name;
+        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
         if (fd >= 0) {
             close(fd);
-            return name;
+            return path;
         }
         if (errno != EEXIST)
             throw Failure("cannot write " + target.string() + ": " + std::strerror(errno));
-        unique = "-" + std::to_string(getpid()) + "-" + std::to_string(serial++);
+        unique = '-';
+        unique += std::to_string(getpid());
+        unique += '-';
+        unique += std::to_string(serial++);
     }
 }
 
@@ -143,17 +152,13 @@ void expandPixels(OIIO::TypeDesc type, const uint8_t* samples, int n, size_t pix
         expandPixels(reinterpret_cast<const float*>(samples), n, pixels, d);
 }
 
-// `pixels` RGBA floats to N integer samples of T: clamped to 0..1, scaled to
-// full scale and rounded to nearest, halves up.
+// `pixels` RGBA floats to N integer samples of T.
 template <typename T, int N> void packPixels(const float* s, size_t pixels, T* d)
 {
     constexpr float full = fullScaleOf<T>();
     for (size_t i = 0; i < pixels; ++i, s += 4, d += N)
-        for (int c = 0; c < N; ++c) {
-            const float v = (s[c] > 0.0f ? (s[c] < 1.0f ? s[c] : 1.0f) : 0.0f) * full;
-            const int whole = static_cast<int>(v);
-            d[c] = static_cast<T>(whole + (v - static_cast<float>(whole) >= 0.5f ? 1 : 0));
-        }
+        for (int c = 0; c < N; ++c)
+            d[c] = static_cast<T>(roundHalfUp(clampUnit(s[c]) * full));
 }
 
 template <typename T> void packPixels(const float* s, int n, size_t pixels, T* d)
