@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Times `lumenveil render` on a full-HD 16-bit sequence and sets its frame rate
+# Times `lumenveil render` on a full-HD 16-bit TIFF sequence and sets its frame rate
 # beside the engine's steady-state Run benchmark (four channels) and the
 # effect's Execute on float frames, both timed before and after the tool and
 # averaged, since a shared machine's speed drifts. The tool reads the next
@@ -27,26 +27,33 @@ work=${WORK:-$root/build/tool-bench}
 [ -x "$tool" ] || { echo "tool_sequence: no tool at $tool (make build)" >&2; exit 1; }
 mkdir -p "$work/in" "$work/out"
 
-# One 1920 x 1080 16-bit frame (a binary PPM), linked as every frame of the sequence.
-if [ ! -f "$work/frame.ppm" ]; then
-  python3 - "$work/frame.ppm" <<'PY'
+# One 1920 x 1080 16-bit frame (an uncompressed RGB TIFF), linked as every
+# frame of the sequence.
+if [ ! -f "$work/frame.tif" ]; then
+  python3 - "$work/frame.tif" <<'PY'
 import struct, sys
 w, h = 1920, 1080
 row = bytearray()
 for x in range(w):
     v = (x * 65535) // (w - 1)
-    row += struct.pack(">HHH", v, 65535 - v, (v * 7) % 65536)
+    row += struct.pack("<HHH", v, 65535 - v, (v * 7) % 65536)
+bright = bytes([255]) * len(row)  # a bright line now and then
+data = b"".join(bright if y % 97 == 0 else bytes(row) for y in range(h))
+# Header, then the pixels, then the three bits-per-sample values and the IFD.
+bits_at = 8 + len(data)
+ifd_at = bits_at + 6
+tags = [(256, 3, 1, w), (257, 3, 1, h), (258, 3, 3, bits_at), (259, 3, 1, 1), (262, 3, 1, 2),
+        (273, 4, 1, 8), (277, 3, 1, 3), (278, 3, 1, h), (279, 4, 1, len(data)), (284, 3, 1, 1)]
 with open(sys.argv[1], "wb") as f:
-    f.write(b"P6 %d %d 65535\n" % (w, h))
-    for y in range(h):
-        if y % 97 == 0:
-            f.write(bytes([255]) * len(row))  # a bright line now and then
-        else:
-            f.write(row)
+    f.write(b"II*\0" + struct.pack("<I", ifd_at) + data + struct.pack("<HHH", 16, 16, 16))
+    f.write(struct.pack("<H", len(tags)))
+    for tag, kind, count, value in tags:
+        f.write(struct.pack("<HHI", tag, kind, count) + struct.pack("<I" if kind == 4 or count > 1 else "<HH", *((value,) if kind == 4 or count > 1 else (value, 0))))
+    f.write(struct.pack("<I", 0))
 PY
 fi
 for ((i = 0; i < frames; i++)); do
-  ln -f "$work/frame.ppm" "$(printf '%s/in/f.%04d.ppm' "$work" "$i")"
+  ln -f "$work/frame.tif" "$(printf '%s/in/f.%04d.tif' "$work" "$i")"
 done
 rm -f "$work"/out/*
 
@@ -63,7 +70,7 @@ engine_timings() {
 options=("$@")
 [[ " $* " == *" --compression "* ]] || options+=(--compression none)
 start=$(date +%s.%N)
-"$tool" render "$work/in/f.%04d.ppm" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet \
+"$tool" render "$work/in/f.%04d.tif" -o "$work/out/f.%04d.tif" --frames "0-$((frames - 1))" --depth 16 --quiet \
   "${options[@]}"
 end=$(date +%s.%N)
 tool_fps=$(python3 -c "print(f'{$frames / ($end - $start):.3f}')")
