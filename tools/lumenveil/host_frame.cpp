@@ -11,7 +11,6 @@
 
 namespace {
 
-
 // Full scale of an RGBA or alpha sample: 255 at 8 bits, 16384 in 2.14 fixed
 // point, 1.0 in float.
 float fullScale(int32_t sampleBytes) { return sampleBytes == 1 ? 255.0f : sampleBytes == 2 ? 16384.0f : 1.0f; }
@@ -164,7 +163,8 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
             putSample(pair + 3 * bytes, bytes, lumaSample(b.y, bytes));
         }
     } else if (format.code != kVideoBgraCode) {
-        // R G B A samples in file order: one loop over them all.
+        // R G B A samples in pixel order, the row's pixels side by side
+        // (columns and width agree for these formats): one loop over them all.
         if (bytes == 1)
             storeRgbaSamples<uint8_t>(at(0), columns, to.colour);
         else if (bytes == 2)
@@ -172,15 +172,13 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
         else
             storeRgbaSamples<float>(at(0), columns, to.colour);
     } else {
+        // Video B G R A at 8 bits: colour in video range, alpha full range.
         for (int32_t x = 0; x < columns; ++x) {
             const float* p = at(x);
-            uint8_t* pixel = to.colour + static_cast<size_t>(x) * 4 * bytes;
-            for (int c = 0; c < 4; ++c) {
-                if (format.code == kVideoBgraCode && c < 3)
-                    putSample(pixel + (2 - c), 1, kVideoBlack + clampUnit(p[c]) * kVideoSpan);
-                else
-                    putSample(pixel + c * bytes, bytes, clampUnit(p[c]) * fullScale(bytes));
-            }
+            uint8_t* pixel = to.colour + static_cast<size_t>(x) * 4;
+            for (int c = 0; c < 3; ++c)
+                putSample(pixel + (2 - c), 1, kVideoBlack + clampUnit(p[c]) * kVideoSpan);
+            putSample(pixel + 3, 1, clampUnit(p[3]) * fullScale(1));
         }
     }
     if (to.alpha)
@@ -209,14 +207,11 @@ void loadRow(const HostFormatGeometry& format, int32_t width, RowAt from, PixelA
             loadRgbaSamples<float>(from.colour, width, at(0));
     } else {
         for (int32_t x = 0; x < width; ++x) {
-            const uint8_t* pixel = from.colour + static_cast<size_t>(x) * 4 * bytes;
+            const uint8_t* pixel = from.colour + static_cast<size_t>(x) * 4;
             float* p = at(x);
-            for (int c = 0; c < 4; ++c) {
-                if (format.code == kVideoBgraCode && c < 3)
-                    p[c] = (getSample(pixel + (2 - c), 1) - kVideoBlack) / kVideoSpan;
-                else
-                    p[c] = getSample(pixel + c * bytes, bytes) / fullScale(bytes);
-            }
+            for (int c = 0; c < 3; ++c)
+                p[c] = (getSample(pixel + (2 - c), 1) - kVideoBlack) / kVideoSpan;
+            p[3] = getSample(pixel + 3, 1) / fullScale(1);
         }
     }
     if (from.alpha)
@@ -232,6 +227,8 @@ int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format)
 {
     return format.pairs ? (width + 1) / 2 * 2 : width;
 }
+
+bool hostFormatHasAlpha(const HostFormatGeometry& format) { return !format.pairs || format.alphaPlane; }
 
 ComRef<MemoryImage> newHostImage(const HostFormatGeometry& format, int32_t width, int32_t rows)
 {
@@ -271,7 +268,7 @@ void loadHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t
                    int32_t rows, const FrameRows& sink)
 {
     const int32_t columns = hostFrameColumns(width, format);
-    const bool alpha = !format.pairs || format.alphaPlane;
+    const bool alpha = hostFormatHasAlpha(format);
     std::vector<float> chunk(static_cast<size_t>(kChunkRows) * width * 4);
     for (int32_t top = 0; top < height; top += kChunkRows) {
         const int32_t count = std::min(kChunkRows, height - top);

@@ -18,6 +18,10 @@ int32_t hostFrameRows(int32_t height, bool wholeRows);
 // to an even number for the Cb Y Cr Y formats, which hold pixels in pairs.
 int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format);
 
+// Whether images of `format` carry alpha: all RGBA formats, and the Cb Y Cr Y
+// ones with an alpha plane.
+bool hostFormatHasAlpha(const HostFormatGeometry& format);
+
 // Rows y to y + count - 1 of a frame (0 is the top row), four floats a pixel,
 // handed to a source to fill or to a sink to take, which may change them.
 using FrameRows = std::function<void(int32_t y, int32_t count, float* rgba)>;

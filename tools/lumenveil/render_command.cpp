@@ -159,8 +159,6 @@ struct LoadedFrame {
     std::vector<float> alpha;  // the file's alpha, kept where the host format has none
 };
 
-bool formatHasAlpha(const HostFormatGeometry& format) { return !format.pairs || format.alphaPlane; }
-
 // A host image of the Spread picture at `path`, which must be the input's size.
 ComRef<MemoryImage> readSpread(const std::string& path, const ImageHeader& input, const std::string& inputPath,
                                const HostFormatGeometry& format, int32_t rows)
@@ -249,7 +247,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     const bool spreadPerFrame = !r.spread.empty() && plan.sequence && hasFramePattern(r.spread);
     std::optional<ComRef<MemoryImage>> stillSpread;
 
-    const bool keepFileAlpha = !formatHasAlpha(format);
+    const bool keepFileAlpha = !hostFormatHasAlpha(format);
     auto load = [&](long f, HostFrames images) {
         ImageReader reader(inputPath(f));
         LoadedFrame loaded;
