@@ -76,7 +76,11 @@ FftEngine::FftEngine(uint32_t engineMode)
       kernelPaddedWidth(-1),
       kernelPaddedHeight(-1),
       failureContext(nullptr),
-      failureHook(nullptr)
+      failureHook(nullptr),
+      jobFloatSource{nullptr, 0, 0},
+      jobFloatDestination{nullptr, 0, 0},
+      jobFloatHeight(0),
+      jobFloatEdge(FFT_EDGE_REPEAT)
 {
     // FFTW's threads are set up once for all live engines of the mode's precision.
     threadsReady = fftw_process_attach(precisionOf(mode)) ? 1u : 0u;

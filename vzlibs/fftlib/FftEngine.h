@@ -10,7 +10,9 @@
 //
 // Per frame: SetRowRunner, SetAbortCheck, SetPixelAspect; a PSF builder (which
 // ends in PrepareKernel) when the PSF has changed; SetInput; SetBrightEmphasis;
-// SetAlphaEmphasis; Run.
+// SetAlphaEmphasis; Run. Float samples that must keep their values (scene-linear
+// light, layers with coverage) go through ConvolveFloat instead of Run, once per
+// channel, after the same kernel preparation.
 #pragma once
 
 #include <fftw3.h>
@@ -56,6 +58,22 @@ constexpr uint32_t FFT_MODE_FAST = 6;
 // library); the pixel arithmetic of the load and store passes stays double.
 constexpr uint32_t FFT_MODE_FAST_FLOAT = 7;
 
+// One channel of float samples in memory: sample (x, y) at
+// samples[y * rowStride + x * step]. The channels of an interleaved R G B A
+// frame are four of these with step 4 and starting one float apart; a plane of
+// its own has step 1.
+struct FftFloatChannel {
+    float* samples;
+    ptrdiff_t step;
+    ptrdiff_t rowStride;
+};
+
+// What ConvolveFloat puts into the transform's margin around the frame.
+enum FftEdge : int {
+    FFT_EDGE_REPEAT = 0,  // the frame's edge samples, repeated out to the plane's edges (as border mode 2)
+    FFT_EDGE_ZERO = 1,    // zeros: nothing lies beyond the frame
+};
+
 class FftEngine {
 public:
     // An engine asked for FFT_MODE_FFTW takes the mode that VZ_FFT_MODE names
@@ -83,6 +101,26 @@ public:
     // Convolves the input into `output` (a copy of the input, borrowed). `mask`
     // must hold 1, 2 and 4; 8 adds alpha.
     bool Run(ImageRec* output, uint32_t mask);
+    // Convolves one channel of width x height float samples with the prepared
+    // kernel and writes the result into `destination`, which may be the source
+    // itself. The samples are taken as they are: no colour transform, no
+    // emphasis, no clamp and no quantisation, so negative and above-1 values
+    // keep their weight and a channel's sum is kept (the kernel sums to 1;
+    // with FFT_EDGE_ZERO only what spreads beyond the frame is lost). Every
+    // row of the frame is convolved, whatever the row runner's split. The
+    // transforms are those of the engine's mode: single precision in
+    // FFT_MODE_FAST_FLOAT, double otherwise. A NaN or infinity spreads over the
+    // whole channel: the caller replaces them first.
+    //
+    // false with status FFT_ERR_NOT_PREPARED when no kernel is prepared for
+    // frames of width x height, FFT_ERR_ARGUMENT for a null channel or an edge
+    // outside FftEdge, FFT_ERR_MEMORY or FFT_ERR_PLAN when the work plane or
+    // its plans cannot be made; the destination is then untouched. A stop by
+    // the abort check returns true with the destination partly written.
+    // Uses the work plane and spectrum that Run uses; the planes Run keeps
+    // between its passes are not touched.
+    bool ConvolveFloat(const FftFloatChannel& source, const FftFloatChannel& destination, int width, int height,
+                       FftEdge edge = FFT_EDGE_REPEAT);
     // Clamped to 0..500.
     void SetBrightEmphasis(float emphasis);
     void SetAlphaEmphasis(int flag);
@@ -164,12 +202,23 @@ public:
     FftFailureHook failureHook;
     // Planes and plans of FFT_MODE_FAST_FLOAT; null in the other modes.
     FftSinglePlanes single;
+    // Row-job parameters of ConvolveFloat: the channels read and written, the
+    // frame's height (the jobs stop there when their count is rounded up) and
+    // the edge.
+    FftFloatChannel jobFloatSource;
+    FftFloatChannel jobFloatDestination;
+    int jobFloatHeight;
+    int jobFloatEdge;
 
     // Row jobs and passes of PrepareKernel and Run.
     static void loadKernelRows(FftEngine* engine, int first, int last);
     static void loadChannelRows(FftEngine* engine, int first, int last);
     static void multiplySpectrumRows(FftEngine* engine, int first, int last);
     static void storeFrameRows(FftEngine* engine, int first, int last);
+    // ConvolveFloat's passes: the channel into the work plane with its margin
+    // columns, and the work plane back into the channel, scaled.
+    static void loadFloatRows(FftEngine* engine, int first, int last);
+    static void storeFloatRows(FftEngine* engine, int first, int last);
     // Rotates the plane so that its centre sample moves to the origin, and scales
     // it to sum 1. Returns a status code.
     static int normaliseAndCentreKernel(double* plane, int width, int height);
@@ -202,6 +251,11 @@ private:
     template <typename Real> bool preparePlanes(ImageRec* image);
     // Run after its checks, in planes of sample type Real.
     template <typename Real> bool runChannels(ImageRec* output, uint32_t mask, int channels);
+    // ConvolveFloat after its checks, in planes of sample type Real.
+    template <typename Real> bool convolveFloatIn();
+    // The work plane and spectrum and their two plans, made if missing; false
+    // with status 2 or 9 when they cannot be.
+    template <typename Real> bool ensureWorkPlanes();
     // Planner flags: FFTW_ESTIMATE, or FFTW_MEASURE with wisdom.
     unsigned planFlags() const;
     // Frees the seven planes (of both precisions) and nulls their fields.

@@ -10,6 +10,7 @@
 
 #include "vzlibs/fftlib/FftEngine.h"
 #include "vzlibs/fftlib/emphasis.h"
+#include "vzlibs/fftlib/fft_plane_margin.h"
 #include "vzlibs/fftlib/fft_planes.h"
 
 namespace {
@@ -81,17 +82,6 @@ void pollOnly(FftEngine* eng, int first, int last)
     for (int r = first; r <= last; ++r)
         if (eng->abortCheck && eng->abortCheck(eng->callbackContext))
             return;
-}
-
-// Fills the margin columns of one plane row from its first and last loaded sample.
-template <typename Real> inline void extendColumns(Real* planeRow, int offsetX, int width, int rowLength)
-{
-    const Real left = planeRow[offsetX];
-    const Real right = planeRow[offsetX + width - 1];
-    for (int x = 0; x < offsetX; ++x)
-        planeRow[x] = left;
-    for (int x = offsetX + width; x < rowLength; ++x)
-        planeRow[x] = right;
 }
 
 template <typename Real, int Type, int Bit> void loadChannelRowsOf(FftEngine* eng, int first, int last)
@@ -277,23 +267,6 @@ template <typename Real> void multiplySpectrumRowsIn(FftEngine* eng, int first, 
     }
 }
 
-// Copies row `top` into the rows above it and the image's last row into the
-// rows below it.
-template <typename Real>
-void extendRowsOf(const ImageRec* image, Real* plane, int top, int stride, int rowLength, int rows)
-{
-    const size_t bytes = static_cast<size_t>(rowLength) * sizeof(Real);
-    const Real* topRow = plane + static_cast<size_t>(top) * stride;
-    for (int r = 0; r < top; ++r)
-        std::memcpy(plane + static_cast<size_t>(r) * stride, topRow, bytes);
-    const int bottom = image->height + top;
-    if (bottom < rows) {
-        const Real* lastRow = plane + static_cast<size_t>(bottom - 1) * stride;
-        for (int r = bottom; r < rows; ++r)
-            std::memcpy(plane + static_cast<size_t>(r) * stride, lastRow, bytes);
-    }
-}
-
 }  // namespace
 
 void FftEngine::loadChannelRows(FftEngine* eng, int first, int last)
@@ -326,7 +299,7 @@ void FftEngine::multiplySpectrumRows(FftEngine* eng, int first, int last)
 
 void FftEngine::extendRows(const ImageRec* image, double* plane, int top, int stride, int rowLength, int rows)
 {
-    extendRowsOf(image, plane, top, stride, rowLength, rows);
+    extendRowsOf(plane, top, image->height, stride, rowLength, rows);
 }
 
 template <typename Real> bool FftEngine::keepPlane(Real*& plane)
@@ -367,15 +340,24 @@ bool FftEngine::Run(ImageRec* output, uint32_t mask)
     return singlePrecision() ? runChannels<float>(output, mask, channels) : runChannels<double>(output, mask, channels);
 }
 
-template <typename Real> bool FftEngine::runChannels(ImageRec* output, uint32_t mask, int channels)
+template <typename Real> bool FftEngine::ensureWorkPlanes()
 {
     using Complex = typename FftPlanes<Real>::Complex;
     FftPlanes<Real> planes = planesOf<Real>(*this);
-    const size_t planeBytes = planeSamples() * sizeof(Real);
-    if (!ensureCleared<Real>(planes.workReal, planeBytes) ||
+    if (!ensureCleared<Real>(planes.workReal, planeSamples() * sizeof(Real)) ||
         !ensureCleared<Real>(planes.workSpectrum, spectrumSamples() * sizeof(Complex)))
         return false;
-    if (!makePlan(PlanKind::WorkForward) || !makePlan(PlanKind::WorkInverse))
+    return makePlan(PlanKind::WorkForward) && makePlan(PlanKind::WorkInverse);
+}
+
+template bool FftEngine::ensureWorkPlanes<double>();
+template bool FftEngine::ensureWorkPlanes<float>();
+
+template <typename Real> bool FftEngine::runChannels(ImageRec* output, uint32_t mask, int channels)
+{
+    FftPlanes<Real> planes = planesOf<Real>(*this);
+    const size_t planeBytes = planeSamples() * sizeof(Real);
+    if (!ensureWorkPlanes<Real>())
         return false;
 
     Real** kept[3] = {&planes.lumaPlane, &planes.chromaAPlane, &planes.chromaBPlane};
@@ -395,7 +377,7 @@ template <typename Real> bool FftEngine::runChannels(ImageRec* output, uint32_t 
         if (status != FFT_OK)
             return false;
         if (borderMode == 2)
-            extendRowsOf(inputImage, planes.workReal, offsetY, paddedWidth, paddedWidth, paddedHeight);
+            extendRowsOf(planes.workReal, offsetY, inputImage->height, paddedWidth, paddedWidth, paddedHeight);
         Fftw<Real>::execute(planes.workForwardPlan);
         RunRowJob(multiplySpectrumRows, spectrumJobCount());
         Fftw<Real>::execute(planes.workInversePlan);

@@ -1,0 +1,179 @@
+// FftEngine::ConvolveFloat against a direct convolution worked out here, with
+// its edges, energy and refusals; the highlight curve of scene-linear renders
+// against its formula.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "engine_test_support.h"
+#include "generic/library/PluginVZ.h"
+#include "vzlibs/fftlib/fft_mode_environment.h"
+#include "vzlibs/fftlib/highlight.h"
+
+using namespace enginetest;
+
+namespace {
+
+// Direct convolution of one channel (w x h floats, row-major) with the PSF,
+// normalised, the PSF's centre at (ceil(w / 2), ceil(h / 2)); outside the frame
+// the edge samples repeat, or there is nothing.
+std::vector<double> directFloat(const std::vector<float>& in, int w, int h, const ImageRec* psf, bool repeat)
+{
+    const auto* k = static_cast<const uint8_t*>(psf->pixels);
+    double sum = 0.0;
+    for (int i = 0; i < w * h; ++i)
+        sum += k[i];
+    std::vector<double> out(size_t(w) * h, 0.0);
+    for (int v = 0; v < h; ++v)
+        for (int u = 0; u < w; ++u) {
+            if (!k[v * w + u])
+                continue;
+            const double weight = k[v * w + u] / sum;
+            for (int y = 0; y < h; ++y)
+                for (int x = 0; x < w; ++x) {
+                    int sx = x - (u - (w + 1) / 2), sy = y - (v - (h + 1) / 2);
+                    if (!repeat && (sx < 0 || sy < 0 || sx >= w || sy >= h))
+                        continue;
+                    sx = std::clamp(sx, 0, w - 1), sy = std::clamp(sy, 0, h - 1);
+                    out[size_t(y) * w + x] += weight * in[size_t(sy) * w + sx];
+                }
+        }
+    return out;
+}
+
+class FloatConvolution : public ::testing::TestWithParam<uint32_t> {
+protected:
+    void SetUp() override { unsetenv(FFT_MODE_VARIABLE); }
+    SavedVariable savedMode{FFT_MODE_VARIABLE};
+    // The bounds for values within 0 to 1: 1e-5 in double, 1e-3 in single precision.
+    double bound() const { return GetParam() == FFT_MODE_FAST_FLOAT ? 1e-3 : 1e-5; }
+    PluginVZ context;  // the four-thread runner, which drops a height's remainder in Run
+};
+
+TEST_P(FloatConvolution, InterleavedChannelsAgreeWithDirectConvolutionOnEveryRowAtBothEdges)
+{
+    std::mt19937 rng(77);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    for (const auto& [w, h] : {std::pair{37, 22}, std::pair{26, 15}}) {
+        Image psf(randomPsf(w, h, 3, rng));
+        FftEngine engine(GetParam());
+        engine.SetRowRunner(&context, PluginVZ::RunRows);
+        ASSERT_TRUE(engine.PrepareKernel(psf.rec, 4));
+        std::vector<float> rgba(size_t(w) * h * 4), result(rgba.size(), -1.0f);
+        for (float& v : rgba)
+            v = unit(rng);
+        for (int c = 0; c < 4; ++c) {
+            // Channel 3 is convolved in place, the others into a second frame.
+            float* into = c == 3 ? rgba.data() + c : result.data() + c;
+            std::vector<float> plane(size_t(w) * h);
+            for (size_t i = 0; i < plane.size(); ++i)
+                plane[i] = rgba[i * 4 + c];
+            const FftEdge edge = c == 1 ? FFT_EDGE_ZERO : FFT_EDGE_REPEAT;
+            ASSERT_TRUE(engine.ConvolveFloat({rgba.data() + c, 4, w * 4}, {into, 4, w * 4}, w, h, edge));
+            const std::vector<double> want = directFloat(plane, w, h, psf.rec, edge == FFT_EDGE_REPEAT);
+            for (size_t i = 0; i < plane.size(); ++i)
+                ASSERT_NEAR(into[i * 4], want[i], bound()) << w << "x" << h << " channel " << c << " at " << i;
+        }
+    }
+}
+
+TEST_P(FloatConvolution, SpotsFarAboveOneAndBelowZeroKeepTheirEnergyAndBecomeTheApertureScaled)
+{
+    const int w = 64, h = 48, reach = 3;  // 29 pixels: the spot of 50 stays above 1
+    Image psf(dotPsf(w, h));
+    for (int dy = -reach; dy <= reach; ++dy)
+        for (int dx = -reach; dx <= reach; ++dx)
+            if (dx * dx + dy * dy <= reach * reach)
+                static_cast<uint8_t*>(psf.rec->pixels)[(h / 2 + dy) * w + w / 2 + dx] = 200;
+    const double area = measure(psf.rec).count;
+    FftEngine engine(GetParam());
+    engine.SetRowRunner(&context, PluginVZ::RunRows);
+    ASSERT_TRUE(engine.PrepareKernel(psf.rec, reach + 1));
+    std::vector<float> plane(size_t(w) * h, 0.0f);
+    plane[20 * w + 20] = 50.0f;
+    plane[30 * w + 45] = -3.0f;
+    ASSERT_TRUE(engine.ConvolveFloat({plane.data(), 1, w}, {plane.data(), 1, w}, w, h));
+    double near50 = 0.0, nearMinus3 = 0.0;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            const double v = plane[size_t(y) * w + x];
+            const bool in50 = (x - 20) * (x - 20) + (y - 20) * (y - 20) <= reach * reach;
+            const bool inMinus3 = (x - 45) * (x - 45) + (y - 30) * (y - 30) <= reach * reach;
+            (x < 33 ? near50 : nearMinus3) += v;
+            // Each spot is the disc, of its value spread over the disc's area.
+            const double want = in50 ? 50.0 / area : inMinus3 ? -3.0 / area : 0.0;
+            ASSERT_NEAR(v, want, 50.0 * bound()) << x << "," << y;
+        }
+    // The sums are kept to float precision: the samples come back as floats.
+    const double relative = GetParam() == FFT_MODE_FAST_FLOAT ? 1e-5 : 1e-7;
+    EXPECT_NEAR(near50, 50.0, 50.0 * relative);
+    EXPECT_NEAR(nearMinus3, -3.0, 3.0 * relative);
+}
+
+TEST_P(FloatConvolution, RefusesWithoutAKernelOfTheFramesSizeOrWithoutSamplesAndLeavesTheDestination)
+{
+    const int w = 16, h = 12;
+    std::vector<float> source(size_t(w) * h, 1.0f), destination(source.size(), 7.0f);
+    const FftFloatChannel in{source.data(), 1, w}, out{destination.data(), 1, w};
+    FftEngine engine(GetParam());
+    EXPECT_FALSE(engine.ConvolveFloat(in, out, w, h));
+    EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
+    Image psf(dotPsf(w, h));
+    ASSERT_TRUE(engine.PrepareKernel(psf.rec, 1));
+    EXPECT_FALSE(engine.ConvolveFloat(in, out, w, h - 1));
+    EXPECT_EQ(engine.GetStatus(), FFT_ERR_NOT_PREPARED);
+    EXPECT_FALSE(engine.ConvolveFloat({nullptr, 1, w}, out, w, h));
+    EXPECT_EQ(engine.GetStatus(), FFT_ERR_ARGUMENT);
+    EXPECT_FALSE(engine.ConvolveFloat(in, out, w, h, static_cast<FftEdge>(2)));
+    EXPECT_EQ(engine.GetStatus(), FFT_ERR_ARGUMENT);
+    for (float v : destination)
+        ASSERT_EQ(v, 7.0f);
+    ASSERT_TRUE(engine.ConvolveFloat(in, out, w, h));
+    EXPECT_NEAR(destination[5 * w + 7], 1.0f, bound());
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, FloatConvolution, ::testing::Values(FFT_MODE_FFTW, FFT_MODE_FAST, FFT_MODE_FAST_FLOAT));
+
+// f(x) = x + (e - 1)(x - t)^2 / (2t) above t, the identity below.
+double curve(double x, double e, double t) { return x <= t ? x : x + (e - 1.0) * (x - t) * (x - t) / (2.0 * t); }
+
+TEST(HighlightCurve, IdentityUpToTheThresholdThenSmoothWithSlopeEAtTwiceItAndExactlyInverted)
+{
+    for (double t : {0.25, 1.0, 4.0})
+        for (double e : {1.5, 20.0, 100.0}) {
+            for (double x : {-2.0, 0.0, 0.5 * t, t})
+                EXPECT_EQ(highlight_curve(x, e, t), x);
+            for (double x : {1.001 * t, 1.5 * t, 2.0 * t, 10.0 * t, 40.0}) {
+                EXPECT_NEAR(highlight_curve(x, e, t), curve(x, e, t), 1e-12 * curve(x, e, t));
+                EXPECT_NEAR(highlight_inverse(curve(x, e, t), e, t), x, 1e-12 * x);
+            }
+            const double h = 1e-6 * t;
+            EXPECT_NEAR((highlight_curve(t + h, e, t) - t) / h, 1.0, 1e-3 * e);  // smooth at t
+            EXPECT_NEAR((highlight_curve(2 * t + h, e, t) - highlight_curve(2 * t - h, e, t)) / (2 * h), e, 1e-4 * e);
+        }
+    EXPECT_EQ(highlight_curve(40.0, 1.0, 1.0), 40.0);
+    EXPECT_EQ(highlight_inverse(40.0, 1.0, 1.0), 40.0);
+}
+
+TEST(HighlightCurve, PixelsAboveTheThresholdTakeTheCurvesLuminanceAndKeepTheirHueAndAlpha)
+{
+    const double e = 10.0, t = 1.0;
+    float pixels[] = {8.0f, 4.0f, 2.0f, 0.5f,  0.9f, 0.9f, 0.9f, 1.0f,  -1.0f, 3.0f, 0.0f, 1.0f};
+    const float before[12] = {8.0f, 4.0f, 2.0f, 0.5f, 0.9f, 0.9f, 0.9f, 1.0f, -1.0f, 3.0f, 0.0f, 1.0f};
+    highlight_emphasise_pixels(pixels, 3, e, t);
+    auto luminance = [](const float* p) { return 0.2126 * p[0] + 0.7152 * p[1] + 0.0722 * p[2]; };
+    for (int p : {0, 2}) {
+        const double l = luminance(before + 4 * p), gain = curve(l, e, t) / l;
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(pixels[4 * p + c], before[4 * p + c] * gain, 1e-5 * std::abs(before[4 * p + c] * gain));
+        EXPECT_EQ(pixels[4 * p + 3], before[4 * p + 3]);
+    }
+    for (int c = 0; c < 4; ++c)
+        EXPECT_EQ(pixels[4 + c], before[4 + c]);  // luminance 0.9: below the threshold
+    highlight_deemphasise_pixels(pixels, 3, e, t);
+    for (int i = 0; i < 12; ++i)
+        EXPECT_NEAR(pixels[i], before[i], 1e-5 * std::max(1.0f, std::abs(before[i])));
+}
+
+}  // namespace
