@@ -90,6 +90,33 @@ void Lumenveil::buildKernel(int32_t shapeCode, int32_t width, int32_t height, fl
     kernelValid = 1;
 }
 
+void Lumenveil::keepOrBuildKernel(int32_t width, int32_t height)
+{
+    const int32_t shapeCode = shape.value;
+    const float radius1 = static_cast<float>(radiusX.value * 0.5 * width);
+    const bool ownSecondRadius = shapeCode == SHAPE_ELLIPSE || (shapeCode == SHAPE_POLYGON && matchRadii.value == 0);
+    const float radius2 = ownSecondRadius ? static_cast<float>(radiusY.value * 0.5 * width) : radius1;
+    // Each radius is at least half a pixel (the comparison lets a NaN through).
+    const float pixelRadius1 = radius1 < 0.5f ? 0.5f : radius1;
+    const float pixelRadius2 = radius2 < 0.5f ? 0.5f : radius2;
+    engine->SetPixelAspect(pixelAspectX, pixelAspectY);
+
+    if (!kernelStands(shapeCode, width, height, pixelRadius1, pixelRadius2))
+        buildKernel(shapeCode, width, height, pixelRadius1, pixelRadius2);
+
+    // Kept on every render, also when nothing was rebuilt: a drift below the
+    // tolerance per frame never rebuilds the kernel.
+    lastRadius1 = pixelRadius1;
+    lastRadius2 = pixelRadius2;
+    lastShape = shapeCode;
+    lastRotation = static_cast<float>(rotation.value);
+    lastSides = sides.value;
+    lastAspectX = pixelAspectX;
+    lastAspectY = pixelAspectY;
+    lastWidth = width;
+    lastHeight = height;
+}
+
 void Lumenveil::Render()
 {
     if (!engine)
@@ -109,18 +136,7 @@ void Lumenveil::Render()
 
     engine->SetRowRunner(this, PluginVZ::RunRows);
     engine->SetAbortCheck(this, PluginVZ::ShouldAbort);
-
-    const int32_t shapeCode = shape.value;
-    const float radius1 = static_cast<float>(radiusX.value * 0.5 * width);
-    const bool ownSecondRadius = shapeCode == SHAPE_ELLIPSE || (shapeCode == SHAPE_POLYGON && matchRadii.value == 0);
-    const float radius2 = ownSecondRadius ? static_cast<float>(radiusY.value * 0.5 * width) : radius1;
-    // Each radius is at least half a pixel (the comparison lets a NaN through).
-    const float pixelRadius1 = radius1 < 0.5f ? 0.5f : radius1;
-    const float pixelRadius2 = radius2 < 0.5f ? 0.5f : radius2;
-    engine->SetPixelAspect(pixelAspectX, pixelAspectY);
-
-    if (!kernelStands(shapeCode, width, height, pixelRadius1, pixelRadius2))
-        buildKernel(shapeCode, width, height, pixelRadius1, pixelRadius2);
+    keepOrBuildKernel(width, height);
 
     // Without the frame records the engine is not run and the output stays.
     if (inputRec && outputRec) {
@@ -138,16 +154,4 @@ void Lumenveil::Render()
     image_free(outputRec);
     if (!alphaEnabled)
         out->CopyAlphaFrom(in);
-
-    // Kept on every render, also when nothing was rebuilt: a drift below the
-    // tolerance per frame never rebuilds the kernel.
-    lastRadius1 = pixelRadius1;
-    lastRadius2 = pixelRadius2;
-    lastShape = shapeCode;
-    lastRotation = static_cast<float>(rotation.value);
-    lastSides = sides.value;
-    lastAspectX = pixelAspectX;
-    lastAspectY = pixelAspectY;
-    lastWidth = width;
-    lastHeight = height;
 }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "generic/library/LinearFrameVZ.h"
 #include "generic/library/LumenveilInfo.h"
 #include "generic/library/OverlayVZ.h"
 #include "generic/library/PluginVZ.h"
@@ -26,6 +27,17 @@ public:
     // Defocuses `input` into `output` (both VZImage frames of one size, set in
     // the slots by the caller) by the controls' values.
     void Render() override;
+    // Defocuses `frame` in place in scene-linear light: each of its four
+    // channels (colour premultiplied with alpha) is convolved as it is, with no
+    // clamp and no 16-bit steps, by the same kernel and kernel cache as Render.
+    // With a highlight emphasis above 1.001, colour whose luminance lies above
+    // the threshold is raised by the highlight curve before the convolution
+    // and lowered by its inverse after it (highlight.h); Bright Emphasis and
+    // Emphasise Alpha are not used. Needs a fast engine mode: false, with the
+    // frame untouched, without an engine, in the faithful mode, without pixels
+    // or with a threshold not above 0; false too when the engine refuses a
+    // convolution (its status tells why), the channels before it convolved.
+    bool RenderLinear(LinearFrameVZ& frame, double highlightEmphasis, double highlightThreshold);
     // Shape's table, then Match Radii's.
     void UpdateControls() override;
     // Draws the crosshair and the two circles when Shape is Image.
@@ -53,6 +65,9 @@ private:
     bool kernelStands(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2) const;
     // Builds the kernel for `shapeCode` (1 to 4).
     void buildKernel(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2);
+    // Works out the pixel radii of this frame, keeps the kernel or builds it
+    // anew, and stores the values the next frame is compared with.
+    void keepOrBuildKernel(int32_t width, int32_t height);
     // Cuts the image aperture out of the Spread frame.
     void buildImageKernel(int32_t width, int32_t height);
 };

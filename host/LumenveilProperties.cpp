@@ -39,6 +39,11 @@ const PropertyRow kRows[kLumenveilPropertyCount] = {
     {PROPID_LumenveilHandle, KEY_LUMENVEIL_HANDLE, DS_CAP_HIDDEN, VT_UI8, 0, 0, 0, 0, kNoMin, kNoMax},
     {PROPID_LumenveilHandle2, KEY_LUMENVEIL_HANDLE2, DS_CAP_HIDDEN, VT_UI8, 0, 0, 0, 0, kNoMin, kNoMax},
     {PROPID_ChangeCount, KEY_CHANGE_COUNT, DS_CAP_PLAIN, VT_UI4, 0, 0, 0, 0, kNoMin, kNoMax},
+    // Scene-linear render, off by default; its highlight emphasis is off (1.0)
+    // until given, and acts above a threshold in the frame's own light.
+    {PROPID_Linear, KEY_LINEAR, DS_CAP_PLAIN, VT_BOOL, 66, 66, 67, 0, 0, 1},
+    {PROPID_HighlightEmphasis, KEY_HIGHLIGHT_EMPHASIS, DS_CAP_ANIMATED, VT_R8, 70, 70, 71, 1.0, 1.0, 100.0},
+    {PROPID_HighlightThreshold, KEY_HIGHLIGHT_THRESHOLD, DS_CAP_ANIMATED, VT_R8, 74, 74, 75, 1.0, 0.001, 1000.0},
 };
 
 // The map, built at module load in table order.

@@ -23,6 +23,10 @@ inline constexpr GUID PROPID_RadiusPSF2 = {0x315E94E1, 0x1A44, 0x45FB, {0x8A, 0x
 inline constexpr GUID PROPID_LumenveilHandle = {0x8836219C, 0x66C7, 0x474A, {0xA4, 0x3D, 0xDB, 0xFC, 0x04, 0x99, 0xA7, 0xE1}};
 inline constexpr GUID PROPID_LumenveilHandle2 = {0x6969219C, 0x66C7, 0x474A, {0xA4, 0x3D, 0xDB, 0xFC, 0x04, 0x99, 0xA7, 0xE1}};
 inline constexpr GUID PROPID_ChangeCount = {0x286CE5A7, 0x15F7, 0x4E66, {0x88, 0x39, 0x20, 0xAA, 0x4E, 0x02, 0x11, 0xF6}};
+// The scene-linear render and its highlight curve; not on the property page.
+inline constexpr GUID PROPID_Linear = {0x32640BAD, 0xF545, 0x4833, {0x82, 0xB0, 0xE2, 0x08, 0xD0, 0x8D, 0x21, 0xFA}};
+inline constexpr GUID PROPID_HighlightEmphasis = {0xD86484F7, 0x1170, 0x4D43, {0x80, 0x21, 0xAA, 0xEE, 0x5A, 0x7D, 0x1A, 0x93}};
+inline constexpr GUID PROPID_HighlightThreshold = {0x7BA02DA5, 0x377E, 0x4819, {0x85, 0xB4, 0x8A, 0x2A, 0x7B, 0x93, 0xC8, 0x5E}};
 // The page's Overlay button: an entry of the page, not a property.
 inline constexpr GUID PROPID_OverlayButton = {0xABDA84BF, 0x78A3, 0x419E, {0x8C, 0xD9, 0xCC, 0xFC, 0x12, 0x8A, 0xED, 0x06}};
 
@@ -44,12 +48,15 @@ enum LumenveilPropertyKey : uint32_t {
     KEY_LUMENVEIL_HANDLE = 0xFFFF034C,
     KEY_LUMENVEIL_HANDLE2 = 0xFFFF0350,
     KEY_CHANGE_COUNT = 0xFFFF0354,
+    KEY_LINEAR = 0xFFFF03C0,
+    KEY_HIGHLIGHT_EMPHASIS = 0xFFFF03C8,
+    KEY_HIGHLIGHT_THRESHOLD = 0xFFFF03D0,
 };
 
-inline constexpr int kLumenveilPropertyCount = 16;
+inline constexpr int kLumenveilPropertyCount = 19;
 
 // The map's descriptor, with its count initialised. Entries follow the order
-// above; the seventeenth is the end marker.
+// above; the last is the end marker.
 CDSPropertiesMap* LumenveilPropertiesMap();
 
 // The module's instance handle, as the definitions and strings refer to it.

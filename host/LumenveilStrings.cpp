@@ -22,7 +22,9 @@ const StringEntry kStrings[] = {
     {42, "Emphasise Alpha"},  {45, "Extreme Precision"}, {46, "Extreme Precision"},
     {52, "CentreX"},          {53, "CentreX"},          {54, "CentreY"},
     {55, "CentreY"},          {58, "RadiusPSF1"},       {59, "Radius PSF1"},
-    {62, "RadiusPSF2"},       {63, "Radius PSF2"},
+    {62, "RadiusPSF2"},       {63, "Radius PSF2"},      {66, "Linear"},
+    {67, "Scene-Linear Render"}, {70, "Highlight Emphasis"}, {71, "Highlight Emphasis"},
+    {74, "Highlight Threshold"}, {75, "Highlight Threshold"},
 };
 
 }  // namespace

@@ -71,6 +71,9 @@ Plug::Plug()
       centreY(0.5),
       radiusPsf1(0.1),
       radiusPsf2(0.15),
+      linear(0),
+      highlightEmphasis(1.0),
+      highlightThreshold(1.0),
       lumenveil(nullptr),
       sourceEffect(nullptr)
 {
@@ -100,6 +103,9 @@ Plug::Plug(const Plug& source)
       centreY(source.centreY),
       radiusPsf1(source.radiusPsf1),
       radiusPsf2(source.radiusPsf2),
+      linear(source.linear),
+      highlightEmphasis(source.highlightEmphasis),
+      highlightThreshold(source.highlightThreshold),
       lumenveil(source.lumenveil),
       sourceEffect(const_cast<Plug*>(&source))
 {
@@ -146,6 +152,9 @@ void Plug::bindStoredValues()
     BindStoredValue(KEY_LUMENVEIL_HANDLE, &lumenveilHandle);
     BindStoredValue(KEY_LUMENVEIL_HANDLE2, &lumenveilHandle2);
     BindStoredValue(KEY_CHANGE_COUNT, &changeCount);
+    BindStoredValue(KEY_LINEAR, &linear);
+    BindStoredValue(KEY_HIGHLIGHT_EMPHASIS, &highlightEmphasis);
+    BindStoredValue(KEY_HIGHLIGHT_THRESHOLD, &highlightThreshold);
 }
 
 HRESULT Plug::Init()

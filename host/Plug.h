@@ -10,6 +10,8 @@
 
 class Lumenveil;
 class VZImage;
+class LinearFrameVZ;
+struct HostBuffer;
 
 // The effect's class identifier, and that of its property page.
 inline constexpr GUID CLSID_Plug = {0x6888FDA5, 0x1F1F, 0x4662, {0x9C, 0x9E, 0x07, 0x65, 0x50, 0x6D, 0x80, 0xEA}};
@@ -63,6 +65,10 @@ public:
     // Channel merge by selectors: for R, G, B, A in turn, a selector of 0 keeps
     // the input's sample; s3 == 2 makes the input's alpha the effect's matte.
     static void mergeChannels(const VZImage* input, VZImage* output, int32_t s0, int32_t s1, int32_t s2, int32_t s3);
+    // The same on scene-linear frames: alpha as the matte is limited to 0..1,
+    // and a selected channel becomes input x (1 - a) + output x a.
+    static void mergeLinearChannels(const LinearFrameVZ& input, LinearFrameVZ& output, int32_t s0, int32_t s1,
+                                    int32_t s2, int32_t s3);
 
     int32_t serverLockTaken;
     uint64_t lumenveilHandle;   // address of `lumenveil`, for the page and the tool
@@ -83,6 +89,9 @@ public:
     double centreY;
     double radiusPsf1;
     double radiusPsf2;
+    int32_t linear;             // scene-linear render of float R G B A frames
+    double highlightEmphasis;
+    double highlightThreshold;
     Lumenveil* lumenveil;       // shared with clones; owned by the effect that made it
     Plug* sourceEffect;         // the effect this one was cloned from, or null
 
@@ -94,6 +103,18 @@ private:
     // Reads the properties at `time` into the Lumenveil's controls.
     void readParameters(double time);
     HRESULT runRender(double position);
+    // The Spread input's image at `time` (a counted reference), or null.
+    IDSImage* fetchSpread(double time);
+    // The pixel aspect from the coordinate manager (left as it is without one)
+    // and the frames' scale from the project's frame width.
+    void readFrameValues(double* aspect, float* scale);
+    // Execute of a scene-linear render (Linear on), from step 6 on: float
+    // R G B A frames through Lumenveil::RenderLinear.
+    HRESULT executeLinear(double time, double position, uint32_t fieldFlags);
+    // Its render of `frame` in place and the write into the output image;
+    // `input`, when given, is the frame as read, for the channel selectors.
+    HRESULT renderLinear(LinearFrameVZ& frame, const LinearFrameVZ* input, const HostBuffer& out, double time,
+                         double position, uint32_t fieldFlags);
 };
 
 // The module's server lock count: held by every factory and object while it

@@ -9,57 +9,9 @@
 #include "generic/library/VZImage.h"
 #include "host/LumenveilProperties.h"
 #include "host/Plug.h"
+#include "host/PlugHostBuffers.h"
 #include "hostsdk/content.h"
 
-namespace {
-
-// A host image's buffer as the conversions need it.
-struct HostBuffer {
-    void* pixels = nullptr;
-    GUID format{};
-    int32_t code = 0;
-    int32_t width = 0;
-    int32_t height = 0;
-};
-
-HostBuffer readBuffer(IDSImage* image)
-{
-    HostBuffer b;
-    image->GetPixels(&b.pixels);
-    image->GetPixelFormat(&b.format);
-    b.code = pickHostFormat(b.format);
-    image->GetDimensions(&b.width, &b.height);
-    return b;
-}
-
-void fillSlot(ImageSlot& slot, int32_t index, const CDSImageEffect& fx, const HostBuffer& b, int32_t roiX,
-              int32_t roiY, VZImage* frame)
-{
-    ImageSlotDescription& d = slot.description;
-    d.inputIndex = index;
-    d.executeContext = fx.executeContext;
-    d.sampleRatePointer = &fx.sampleRate;
-    d.baseDataA = fx.baseDataA;
-    d.baseDataB = fx.baseDataB;
-    d.host = fx.host;
-    d.bufferWidth = b.width;
-    d.bufferHeight = b.height;
-    d.roiWidth = fx.roiWidth;
-    d.roiHeight = fx.roiHeight;
-    d.roiX = roiX;
-    d.roiY = roiY;
-    d.formatCode = b.code;
-    slot.image = frame;
-}
-
-void setHostValues(VZImage* frame, double aspect, float scale)
-{
-    frame->pixelAspect[0] = aspect;
-    frame->pixelAspect[1] = 1.0;
-    frame->scale = scale;
-}
-
-}  // namespace
 
 void Plug::readParameters(double time)
 {
@@ -77,6 +29,36 @@ void Plug::readParameters(double time)
     fx.centre.y = GetValueDirect(KEY_CENTRE_Y, centreY, time);
     fx.radiusPsf1.value = GetValueDirect(KEY_RADIUS_PSF1, radiusPsf1, time);
     fx.radiusPsf2.value = GetValueDirect(KEY_RADIUS_PSF2, radiusPsf2, time);
+}
+
+IDSImage* Plug::fetchSpread(double time)
+{
+    IUnknown* fetched = nullptr;
+    IDSImage* spreadImage = nullptr;
+    host->FetchInput(1, time, executeContext, &fetched);
+    if (fetched) {
+        fetched->QueryInterface(IID_IDSImage, reinterpret_cast<void**>(&spreadImage));
+        fetched->Release();
+    }
+    return spreadImage;
+}
+
+void Plug::readFrameValues(double* aspect, float* scale)
+{
+    if (coordMan) {
+        double ax = 1.0, ay = 1.0;
+        coordMan->MapVector(1.0, 1.0, &ax, &ay);
+        *aspect = ax / ay;
+        double ox = 0.0, oy = 0.0, px = 0.0, py = 0.0;
+        inputImage->GetOrigin(&ox, &oy);
+        coordMan->MapPoint(ox, oy, &px, &py);
+    }
+    VARIANT sizeX, sizeY;
+    VariantInit(&sizeX);
+    VariantInit(&sizeY);
+    DSContentGetProperty(kProjectFrameWidth, &sizeX);
+    DSContentGetProperty(kProjectFrameHeight, &sizeY);  // read and not used
+    *scale = static_cast<float>(static_cast<long double>(sizeX.dblVal) / roiWidth);
 }
 
 HRESULT Plug::runRender(double position)
@@ -137,39 +119,22 @@ HRESULT Plug::Execute(double time)
     if (FAILED(prepared))
         return prepared;
 
-    const HostBuffer out = readBuffer(outputImage);
     // The field flags count rows of the frame, where row 0 is the top row: the
     // two bits of the host's mask change places here.
     const uint32_t fieldFlags = ((fieldMask & 2) ? uint32_t(HOST_FIELD_ODD_ONLY) : 0u) |
                                 ((fieldMask & 1) ? uint32_t(HOST_FIELD_EVEN_ONLY) : 0u);
+    if (linear)
+        return executeLinear(time, position, fieldFlags);
+    const HostBuffer out = readBuffer(outputImage);
     if (out.code == 0)
         return E_UNEXPECTED;
     const HostBuffer in = readBuffer(inputImage);
 
-    IUnknown* fetched = nullptr;
-    IDSImage* spreadImage = nullptr;
-    host->FetchInput(1, time, executeContext, &fetched);
-    if (fetched) {
-        fetched->QueryInterface(IID_IDSImage, reinterpret_cast<void**>(&spreadImage));
-        fetched->Release();
-    }
+    IDSImage* spreadImage = fetchSpread(time);
     const HostBuffer spread = spreadImage ? readBuffer(spreadImage) : in;
-
     double aspect = 1.0;
-    if (coordMan) {
-        double ax = 1.0, ay = 1.0;
-        coordMan->MapVector(1.0, 1.0, &ax, &ay);
-        aspect = ax / ay;
-        double ox = 0.0, oy = 0.0, px = 0.0, py = 0.0;
-        inputImage->GetOrigin(&ox, &oy);
-        coordMan->MapPoint(ox, oy, &px, &py);
-    }
-    VARIANT sizeX, sizeY;
-    VariantInit(&sizeX);
-    VariantInit(&sizeY);
-    DSContentGetProperty(kProjectFrameWidth, &sizeX);
-    DSContentGetProperty(kProjectFrameHeight, &sizeY);  // read and not used
-    const float scale = static_cast<float>(static_cast<long double>(sizeX.dblVal) / roiWidth);
+    float scale = 1.0f;
+    readFrameValues(&aspect, &scale);
 
     VZImage* inputFrame = hostToVzImage(in.pixels, in.width, in.height, roiWidth, roiHeight, inputRoiX, inputRoiY,
                                         in.code, fieldFlags);

@@ -2,7 +2,9 @@
 // defaults, then Execute with presets, formats, selectors, fields and clones.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,12 +15,14 @@
 #include "hostsdk/IDSImage.h"
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSImageEffectHost.h"
+#include "hostsdk/IDSPointSpread.h"
 #include "hostsdk/IDSProperties.h"
 #include "hostsdk/com.h"
 #include "hostsdk/image_format_geometry.h"
 #include "hostsdk/image_formats.h"
 #include "hostsdk/module_library.h"
 #include "hostsdk/registration.h"
+#include "vzlibs/fftlib/fft_mode_environment.h"
 
 namespace {
 
@@ -125,7 +129,8 @@ TEST_F(Module, NewEffectHasTheDefaultsAndItsIdentity)
         {&PROPID_Shape, 0},     {&PROPID_MatchRadii, 1},  {&PROPID_RadiusX, 0.03},        {&PROPID_RadiusY, 0.03},
         {&PROPID_Sides, 6},     {&PROPID_Rotation, 0.0},  {&PROPID_BrightEmphasis, 50.0}, {&PROPID_EmphasiseAlpha, 0},
         {&PROPID_CentreX, 0.5}, {&PROPID_CentreY, 0.5},   {&PROPID_RadiusPSF1, 0.1},      {&PROPID_RadiusPSF2, 0.15},
-        {&PROPID_ChangeCount, 0}, {&PROPID_ExtremePrecision, 0}};
+        {&PROPID_ChangeCount, 0}, {&PROPID_ExtremePrecision, 0}, {&PROPID_Linear, 0},
+        {&PROPID_HighlightEmphasis, 1.0}, {&PROPID_HighlightThreshold, 1.0}};
     for (const auto& [guid, value] : defaults)
         EXPECT_EQ(get(effect.p, *guid), value) << FormatGuid(*guid);
     EXPECT_NE(lumenveilOf(effect.p), nullptr);
@@ -386,6 +391,157 @@ TEST_F(Execute, ClonesShareTheRenderAndKeepTheirOwnAnimation)
     EXPECT_EQ(properties(clone.p)->IsPropertyAnimated(PROPID_Sides), S_OK);
     set(effect.p, PROPID_RadiusX, 0.1);
     EXPECT_EQ(get(clone.p, PROPID_RadiusX), 0.2);
+}
+
+// Scene-linear renders of float R G B A frames: colour premultiplied by an
+// alpha of 1 here, a radius of 0.1 x 0.5 x 64 = 3.2 px, the fast engine.
+class LinearExecute : public Module {
+protected:
+    static constexpr int LW = 64, LH = 48;
+    void SetUp() override
+    {
+        setenv(FFT_MODE_VARIABLE, "fast", 1);
+        effect.p = create();
+        set(effect.p, PROPID_Linear, 1);
+        set(effect.p, PROPID_RadiusX, 0.1);
+        input.p = MemoryImage::Create(MFIF_RGBA_FLOAT, LW, LH);
+        output.p = MemoryImage::Create(MFIF_RGBA_FLOAT, LW, LH);
+        for (int i = 0; i < LW * LH * 4; ++i)
+            in()[i] = i % 4 == 3 ? 1.0f : 0.0f;
+        effect->SetEffectHost(&host);
+        effect->SetInput(input.p);
+        effect->SetOutput(output.p);
+    }
+    void TearDown() override { unsetenv(FFT_MODE_VARIABLE); }
+    float* in() const { return reinterpret_cast<float*>(input->Data()); }
+    float* out() const { return reinterpret_cast<float*>(output->Data()); }
+    // Pixel (x, y) of the frame in a buffer: this format keeps its rows bottom-up.
+    static size_t at(int x, int y) { return size_t(hostBufferRow(hostFormatCodeOf(MFIF_RGBA_FLOAT), LH, y)) * LW + x; }
+    // The effect's point-spread picture, normalised to sum 1.
+    std::vector<double> kernel() const
+    {
+        Ref<IDSPointSpread> spread;
+        int32_t w = 0, h = 0, rowBytes = 0;
+        const uint8_t* pixels = nullptr;
+        EXPECT_EQ(effect->QueryInterface(IID_IDSPointSpread, spread.out()), S_OK);
+        EXPECT_EQ(spread->GetPointSpreadImage(&w, &h, &rowBytes, &pixels), S_OK);
+        std::vector<double> k(size_t(LW) * LH);
+        for (int i = 0; i < LW * LH; ++i)
+            k[i] = pixels[(i / LW) * rowBytes + i % LW];
+        const double sum = std::accumulate(k.begin(), k.end(), 0.0);
+        for (double& v : k)
+            v /= sum;
+        return k;
+    }
+    ImageEffectHost host;
+    Ref<IDSImageEffect> effect;
+    Ref<MemoryImage> input, output;
+};
+
+TEST_F(LinearExecute, ASpotFarAboveOneBecomesTheApertureScaledByItsValueWithEachChannelsSumKept)
+{
+    // The spot at the PSF's centre, so that the aperture lands where it is drawn.
+    // Transparent black around one opaque spot: alpha spreads with the colour.
+    const float spot[4] = {50.0f, 20.0f, 2.0f, 1.0f};
+    for (int i = 0; i < LW * LH; ++i)
+        in()[i * 4 + 3] = 0.0f;
+    std::copy(spot, spot + 4, in() + at(LW / 2, LH / 2) * 4);
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    const std::vector<double> k = kernel();
+    double sums[4] = {0, 0, 0, 0}, peak = 0.0;
+    for (int i = 0; i < LW * LH; ++i)
+        for (int c = 0; c < 4; ++c) {
+            const float v = out()[at(i % LW, i / LW) * 4 + c];
+            ASSERT_NEAR(v, spot[c] * k[i], 1e-5 * 50) << i << " channel " << c;
+            sums[c] += v, peak = std::max(peak, double(v));
+        }
+    EXPECT_GT(peak, 1.0);
+    for (int c = 0; c < 4; ++c)
+        EXPECT_NEAR(sums[c], spot[c], 1e-5 * spot[c]);
+}
+
+TEST_F(LinearExecute, SelectorsAndFieldsActAsOnSixteenBitFrames)
+{
+    for (int i = 0; i < LW * LH * 4; ++i)  // odd rows of the frame one brighter
+        in()[at(i / 4 % LW, i / 4 / LW) * 4 + i % 4] =
+            i % 4 == 3 ? 1.0f : i % 4 == 0 ? 9.0f * (i / 4 % LW % 5 == 0) : 2.0f + (i % 4) + (i / 4 / LW) % 2;
+    const int32_t keepRed[4] = {0, 1, 1, 1};
+    effect->SetChannelMask(keepRed);
+    effect->SetFieldMask(1);  // the even rows of the frame are written
+    std::fill_n(out(), LW * LH * 4, -1.0f);
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    for (int y = 8; y < 12; ++y) {
+        const float* p = out() + at(20, y) * 4;
+        EXPECT_EQ(p[0], y % 2 ? -1.0f : 9.0f) << y;  // red, sharp across the rows, kept from the input
+        EXPECT_NEAR(p[1], y % 2 ? -1.0 : 3.0, 1e-5) << y;  // odd rows are read as the even ones above
+    }
+}
+
+TEST_F(LinearExecute, HighlightEmphasisRaisesTheSpotByItsCurveAndLowersTheBlurByItsInverse)
+{
+    const double e = 20.0, t = 1.0, value = 4.0;
+    set(effect.p, PROPID_HighlightEmphasis, e);
+    set(effect.p, PROPID_HighlightThreshold, t);
+    std::fill_n(in() + at(LW / 2, LH / 2) * 4, 3, float(value));  // grey: its luminance is its value
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    // f(x) = x + (e - 1)(x - t)^2 / (2t) above t, and its inverse by the root.
+    const double raised = value + (e - 1.0) * (value - t) * (value - t) / (2.0 * t);
+    auto inverse = [&](double y) { return y <= t ? y : t + ((std::sqrt(1.0 + 2.0 * (e - 1.0) * (y - t) / t) - 1.0) * t / (e - 1.0)); };
+    const std::vector<double> k = kernel();
+    bool aboveThreshold = false;
+    for (int i = 0; i < LW * LH; ++i) {
+        aboveThreshold = aboveThreshold || raised * k[i] > t;
+        ASSERT_NEAR(out()[at(i % LW, i / LW) * 4], inverse(raised * k[i]), 1e-4) << i;
+    }
+    EXPECT_TRUE(aboveThreshold);
+}
+
+TEST_F(LinearExecute, NonFiniteSamplesAreReplacedByZeroWithOneWarningAndStayLocal)
+{
+    for (int i = 0; i < LW * LH * 4; ++i)
+        in()[i] = i % 4 == 3 ? 1.0f : 0.5f + 0.25f * std::sin(i * 0.01f);
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    const std::vector<float> clean(out(), out() + LW * LH * 4);
+    const std::vector<float> original(in(), in() + LW * LH * 4);
+    in()[(10 * LW + 12) * 4 + 1] = std::nanf("");
+    in()[(30 * LW + 40) * 4 + 3] = INFINITY;
+    ::testing::internal::CaptureStderr();
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    const std::string log = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("2 non-finite input samples"), std::string::npos) << log;
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1);
+    // As if both samples had been 0: only pixels within the aperture's reach
+    // (3.2 px) of them change.
+    std::vector<float> zeroed = original;
+    zeroed[(10 * LW + 12) * 4 + 1] = zeroed[(30 * LW + 40) * 4 + 3] = 0.0f;
+    std::copy(zeroed.begin(), zeroed.end(), in());
+    ASSERT_EQ(effect->Execute(0.0), S_OK);
+    for (int i = 0; i < LW * LH * 4; ++i) {
+        const int x = i / 4 % LW, y = i / 4 / LW;
+        const bool near = std::hypot(x - 12, y - 10) < 5 || std::hypot(x - 40, y - 30) < 5;
+        if (!near) {
+            ASSERT_NEAR(out()[i], clean[i], 1e-6) << x << "," << y;
+        }
+    }
+}
+
+TEST_F(LinearExecute, RefusesTheFaithfulEngineAndOtherFormatsAndLeavesTheOutput)
+{
+    auto untouched = [&](IDSImageEffect* fx) {
+        std::fill_n(out(), LW * LH * 4, 7.0f);
+        EXPECT_EQ(fx->Execute(0.0), E_INVALIDARG);
+        return std::all_of(out(), out() + LW * LH * 4, [](float v) { return v == 7.0f; });
+    };
+    setenv(FFT_MODE_VARIABLE, "faithful", 1);
+    Ref<IDSImageEffect> faithful{create()};
+    set(faithful.p, PROPID_Linear, 1);
+    faithful->SetEffectHost(&host);
+    faithful->SetInput(input.p);
+    faithful->SetOutput(output.p);
+    EXPECT_TRUE(untouched(faithful.p));
+    Ref<MemoryImage> eightBit{MemoryImage::Create(MFIF_RGBA_RAW_32, LW, LH)};
+    effect->SetInput(eightBit.p);
+    EXPECT_TRUE(untouched(effect.p));
 }
 
 }  // namespace
