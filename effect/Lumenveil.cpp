@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <new>
-#include <utility>
 
 #include "generic/library/VZImage.h"
 
@@ -51,12 +50,31 @@ bool Lumenveil::kernelStands(int32_t shapeCode, int32_t width, int32_t height, f
            within(pixelAspectX, lastAspectX) && within(pixelAspectY, lastAspectY);
 }
 
-void Lumenveil::buildImageKernel(int32_t width, int32_t height)
+ApertureVZ Lumenveil::Aperture() const
 {
-    float a = static_cast<float>(radiusPsf1.value * width * 0.5);
-    float b = static_cast<float>(radiusPsf2.value * width * 0.5);
-    if (b < a)
-        std::swap(a, b);
+    ApertureVZ aperture;
+    aperture.shape = shape.value;
+    aperture.matchRadii = matchRadii.value != 0;
+    aperture.radiusX = radiusX.value;
+    aperture.radiusY = radiusY.value;
+    aperture.radiusPsf1 = radiusPsf1.value;
+    aperture.radiusPsf2 = radiusPsf2.value;
+    return aperture;
+}
+
+void Lumenveil::SelectEngine(uint32_t mode)
+{
+    if (!engine || engine->mode == mode)
+        return;
+    delete engine;
+    engine = new (std::nothrow) FftEngine(mode, FFT_MODE_AS_GIVEN);
+    kernelValid = 0;
+}
+
+void Lumenveil::buildImageKernel(const ApertureVZ& aperture, int32_t width, int32_t height)
+{
+    float a, b;
+    aperture.ImageRadii(width, &a, &b);
     const int x = static_cast<int>(width * centre.x + 0.5);
     const int y = static_cast<int>(height * centre.y + 0.5);
     // Without a Spread record no kernel is built and the old one stays.
@@ -67,12 +85,12 @@ void Lumenveil::buildImageKernel(int32_t width, int32_t height)
     image_free(spreadRec);
 }
 
-void Lumenveil::buildKernel(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2)
+void Lumenveil::buildKernel(const ApertureVZ& aperture, int32_t width, int32_t height, float radius1, float radius2)
 {
     const float turn = static_cast<float>(rotation.value);
     // Circle and Ellipse pass 6 sides, which the ellipse ignores.
     constexpr int kIgnoredSides = 6;
-    switch (shapeCode) {
+    switch (aperture.shape) {
     case SHAPE_CIRCLE:
     case SHAPE_ELLIPSE:
         engine->BuildShapePsf(width, height, FFT_SHAPE_ELLIPSE, radius1, radius2, turn, kIgnoredSides);
@@ -81,7 +99,7 @@ void Lumenveil::buildKernel(int32_t shapeCode, int32_t width, int32_t height, fl
         engine->BuildShapePsf(width, height, FFT_SHAPE_POLYGON, radius1, radius2, turn, sides.value);
         break;
     case SHAPE_IMAGE:
-        buildImageKernel(width, height);
+        buildImageKernel(aperture, width, height);
         break;
     default:
         break;
@@ -92,17 +110,14 @@ void Lumenveil::buildKernel(int32_t shapeCode, int32_t width, int32_t height, fl
 
 void Lumenveil::keepOrBuildKernel(int32_t width, int32_t height)
 {
-    const int32_t shapeCode = shape.value;
-    const float radius1 = static_cast<float>(radiusX.value * 0.5 * width);
-    const bool ownSecondRadius = shapeCode == SHAPE_ELLIPSE || (shapeCode == SHAPE_POLYGON && matchRadii.value == 0);
-    const float radius2 = ownSecondRadius ? static_cast<float>(radiusY.value * 0.5 * width) : radius1;
-    // Each radius is at least half a pixel (the comparison lets a NaN through).
-    const float pixelRadius1 = radius1 < 0.5f ? 0.5f : radius1;
-    const float pixelRadius2 = radius2 < 0.5f ? 0.5f : radius2;
+    const ApertureVZ aperture = Aperture();
+    const int32_t shapeCode = aperture.shape;
+    float pixelRadius1, pixelRadius2;
+    aperture.ShapeRadii(width, &pixelRadius1, &pixelRadius2);
     engine->SetPixelAspect(pixelAspectX, pixelAspectY);
 
     if (!kernelStands(shapeCode, width, height, pixelRadius1, pixelRadius2))
-        buildKernel(shapeCode, width, height, pixelRadius1, pixelRadius2);
+        buildKernel(aperture, width, height, pixelRadius1, pixelRadius2);
 
     // Kept on every render, also when nothing was rebuilt: a drift below the
     // tolerance per frame never rebuilds the kernel.

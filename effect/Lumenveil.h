@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "effect/ApertureVZ.h"
 #include "generic/library/LinearFrameVZ.h"
 #include "generic/library/LumenveilInfo.h"
 #include "generic/library/OverlayVZ.h"
@@ -19,7 +20,8 @@ inline constexpr double kKernelTolerance = 0.01;
 
 class Lumenveil : public PluginVZ, public LumenveilInfo, public OverlayVZ {
 public:
-    // Creates the engine in the faithful mode; without it, Render does nothing.
+    // Creates the engine in the faithful mode (or the one VZ_FFT_MODE names);
+    // without it, Render does nothing.
     Lumenveil();
     // Deletes the engine first.
     ~Lumenveil() override;
@@ -45,6 +47,13 @@ public:
     // Hands the event to the crosshair and both circles, always all three.
     void Mouse(int event, float x, float y) override;
 
+    // The values of the controls that shape the kernel.
+    ApertureVZ Aperture() const;
+    // Makes the engine one of `mode` (a FftMode, taken as given) if it is
+    // not: the old engine goes, with its kernel. An engine that cannot be made
+    // leaves `engine` null, and renders do nothing.
+    void SelectEngine(uint32_t mode);
+
     float pixelAspectX;
     float pixelAspectY;
     float lastRadius1;
@@ -63,11 +72,11 @@ private:
     // True when every value that shapes the kernel is within tolerance of the
     // previous render's.
     bool kernelStands(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2) const;
-    // Builds the kernel for `shapeCode` (1 to 4).
-    void buildKernel(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2);
+    // Builds the kernel of `aperture` (Shape 1 to 4).
+    void buildKernel(const ApertureVZ& aperture, int32_t width, int32_t height, float radius1, float radius2);
     // Works out the pixel radii of this frame, keeps the kernel or builds it
     // anew, and stores the values the next frame is compared with.
     void keepOrBuildKernel(int32_t width, int32_t height);
     // Cuts the image aperture out of the Spread frame.
-    void buildImageKernel(int32_t width, int32_t height);
+    void buildImageKernel(const ApertureVZ& aperture, int32_t width, int32_t height);
 };

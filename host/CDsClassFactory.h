@@ -7,9 +7,9 @@
 #include <new>
 
 #include "host/Plug.h"
-#include "hostsdk/com.h"
+#include "hostsdk/com_object.h"
 
-template <typename T, int A = 0, int B = 0> class CDsClassFactory : public IClassFactory {
+template <typename T, int A = 0, int B = 0> class CDsClassFactory : public CDSComObject<IClassFactory> {
 public:
     explicit CDsClassFactory(volatile int32_t* lockCount)
     {
@@ -19,30 +19,16 @@ public:
             InterlockedIncrement(serverLock);
     }
 
+    // IID_IUnknown and IID_IClassFactory; IID_IMarshal through the
+    // free-threaded marshaler, made on first use.
     HRESULT QueryInterface(const GUID& iid, void** out) override
     {
-        if (!out)
-            return E_POINTER;
+        if (!out || !IsEqualGUID(iid, IID_IMarshal))
+            return CDSComObject::QueryInterface(iid, out);
         *out = nullptr;
-        if (IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IClassFactory)) {
-            AddRef();
-            *out = static_cast<IClassFactory*>(this);
-            return S_OK;
-        }
-        if (IsEqualGUID(iid, IID_IMarshal)) {
-            if (!marshaler && FAILED(CoCreateFreeThreadedMarshaler(this, &marshaler)))
-                return E_NOINTERFACE;
-            return marshaler->QueryInterface(iid, out);
-        }
-        return E_NOINTERFACE;
-    }
-    uint32_t AddRef() override { return static_cast<uint32_t>(InterlockedIncrement(&refCount)); }
-    uint32_t Release() override
-    {
-        const int32_t left = InterlockedDecrement(&refCount);
-        if (left == 0)
-            delete this;
-        return static_cast<uint32_t>(left);
+        if (!marshaler && FAILED(CoCreateFreeThreadedMarshaler(this, &marshaler)))
+            return E_NOINTERFACE;
+        return marshaler->QueryInterface(iid, out);
     }
 
     HRESULT CreateInstance(IUnknown* outer, const GUID& iid, void** out) override
@@ -85,6 +71,10 @@ public:
     static inline volatile int32_t* serverLock = nullptr;
 
 protected:
+    void* FindInterface(const GUID& iid) override
+    {
+        return IsEqualGUID(iid, IID_IClassFactory) ? static_cast<IClassFactory*>(this) : nullptr;
+    }
     ~CDsClassFactory() override
     {
         if (marshaler)
@@ -94,7 +84,6 @@ protected:
     }
 
 private:
-    volatile int32_t refCount = 1;
     std::mutex lock;
     IUnknown* marshaler = nullptr;
 };

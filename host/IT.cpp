@@ -24,7 +24,7 @@ void check(HRESULT status)
 
 }  // namespace
 
-IT::IT() : serverLockTaken(0), lumenveil(nullptr), lastPenX(0), lastPenY(0), viewportA(0), viewportB(0), references(1)
+IT::IT() : serverLockTaken(0), lumenveil(nullptr), lastPenX(0), lastPenY(0), viewportA(0), viewportB(0)
 {
     if (g_serverLockCount) {
         InterlockedIncrement(g_serverLockCount);
@@ -38,32 +38,9 @@ IT::~IT()
         InterlockedDecrement(g_serverLockCount);
 }
 
-HRESULT IT::QueryInterface(const GUID& iid, void** out)
+void* IT::FindInterface(const GUID& iid)
 {
-    if (!out)
-        return E_POINTER;
-    *out = nullptr;
-    if (IsEqualGUID(iid, IID_IUnknown)) {
-        AddRef();
-        *out = static_cast<IUnknown*>(this);
-        return S_OK;
-    }
-    if (IsEqualGUID(iid, IID_IDSInteractiveTool)) {
-        AddRef();
-        *out = static_cast<CDSInteractiveTool*>(this);
-        return S_OK;
-    }
-    return E_NOINTERFACE;
-}
-
-uint32_t IT::AddRef() { return static_cast<uint32_t>(InterlockedIncrement(&references)); }
-
-uint32_t IT::Release()
-{
-    const int32_t left = InterlockedDecrement(&references);
-    if (left == 0)
-        delete this;
-    return static_cast<uint32_t>(left);
+    return IsEqualGUID(iid, IID_IDSInteractiveTool) ? static_cast<CDSInteractiveTool*>(this) : nullptr;
 }
 
 double IT::AspectFactor(double aspect) { return aspect >= 1.0 && aspect < 2.0 ? 1.0 : 1.0 / aspect; }

@@ -5,19 +5,14 @@
 #include <cstdint>
 
 #include "hostsdk/CDSInteractiveTool.h"
-#include "hostsdk/com.h"
+#include "hostsdk/com_object.h"
 
 class Lumenveil;
 
-class IT : public CDSInteractiveTool, public IUnknown {
+class IT : public CDSInteractiveTool, public CDSComObject<IUnknown> {
 public:
     IT();
     ~IT() override;
-
-    // IID_IUnknown, and IID_IDSInteractiveTool for the tool part.
-    HRESULT QueryInterface(const GUID& iid, void** out) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
 
     HRESULT OnRender(VWSurface* surface) override;
     HRESULT OnPropertyChanged(const GUID& property, const VARIANT* value, void* object, void* params,
@@ -45,5 +40,6 @@ public:
 private:
     // Sends an overlay event with the pen's y stretched by the aspect.
     HRESULT sendPen(int event, const tagVWPENEVENT* pen);
-    volatile int32_t references;
+    // IID_IDSInteractiveTool: the tool part.
+    void* FindInterface(const GUID& iid) override;
 };

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "generic/library/LumenveilInfo.h"
+#include "vzlibs/fftlib/fft_modes.h"
 #include "hostsdk/CDSBasePropertyContainer.h"
 #include "host/LumenveilStrings.h"
 
@@ -20,10 +21,12 @@ struct PropertyRow {
     VARTYPE type;
     uint16_t nameId, shortNameId, longNameId;
     double defaultValue, minimum, maximum;
+    const char* const* list = nullptr;  // the names of a list property's values
+    int listCount = 0;
 };
 
 const PropertyRow kRows[kLumenveilPropertyCount] = {
-    {PROPID_Shape, KEY_SHAPE, DS_CAP_ANIMATED, VT_I4, 14, 14, 15, 0, 0, kShapeCount - 1},
+    {PROPID_Shape, KEY_SHAPE, DS_CAP_ANIMATED, VT_I4, 14, 14, 15, 0, 0, kShapeCount - 1, kShapeNames, kShapeCount},
     {PROPID_MatchRadii, KEY_MATCH_RADII, DS_CAP_PLAIN, VT_BOOL, 17, 17, 18, 1, 0, 1},
     {PROPID_RadiusX, KEY_RADIUS_X, DS_CAP_ANIMATED, VT_R8, 22, 22, 23, 0.03, 0.0, 0.3},
     {PROPID_RadiusY, KEY_RADIUS_Y, DS_CAP_ANIMATED, VT_R8, 26, 26, 27, 0.03, 0.0, 0.3},
@@ -44,6 +47,9 @@ const PropertyRow kRows[kLumenveilPropertyCount] = {
     {PROPID_Linear, KEY_LINEAR, DS_CAP_PLAIN, VT_BOOL, 66, 66, 67, 0, 0, 1},
     {PROPID_HighlightEmphasis, KEY_HIGHLIGHT_EMPHASIS, DS_CAP_ANIMATED, VT_R8, 70, 70, 71, 1.0, 1.0, 100.0},
     {PROPID_HighlightThreshold, KEY_HIGHLIGHT_THRESHOLD, DS_CAP_ANIMATED, VT_R8, 74, 74, 75, 1.0, 0.001, 1000.0},
+    // The engine's named modes; the default is set from VZ_FFT_MODE on first use.
+    {PROPID_Engine, KEY_ENGINE, DS_CAP_PLAIN, VT_I4, 78, 78, 79, 0, 0, fft_mode_count() - 1.0, fft_mode_names(),
+     fft_mode_count()},
 };
 
 // The map, built at module load in table order.
@@ -55,13 +61,12 @@ struct PropertyMap {
     {
         for (int i = 0; i < kLumenveilPropertyCount; ++i) {
             const PropertyRow& r = kRows[i];
-            const bool list = r.key == KEY_SHAPE;
             // An allocation that fails leaves a null definition in the entry.
             entries[i].definition = new (std::nothrow)
                 CDSParamDef(r.guid, &g_moduleInstance, DS_CLASS_PARAMETER, r.capabilities, r.type, r.nameId,
                             r.shortNameId, r.longNameId, LumenveilStringText(r.nameId),
-                            LumenveilStringText(r.longNameId), r.defaultValue, r.minimum, r.maximum,
-                            list ? kShapeNames : nullptr, list ? kShapeCount : 0);
+                            LumenveilStringText(r.longNameId), r.defaultValue, r.minimum, r.maximum, r.list,
+                            r.listCount);
             entries[i].key = r.key;
             entries[i].count = 0xFFFFFFFFu;
         }
@@ -80,7 +85,13 @@ PropertyMap g_map;
 
 CDSPropertiesMap* LumenveilPropertiesMap()
 {
-    if (*g_map.descriptor.count == DS_MAP_COUNT_UNSET)
+    if (*g_map.descriptor.count == DS_MAP_COUNT_UNSET) {
+        // Hosts that set no engine get the process's default, read here rather
+        // than at load, where the log may not be ready to warn of a bad value.
+        for (int i = 0; i < kLumenveilPropertyCount; ++i)
+            if (g_map.entries[i].key == KEY_ENGINE && g_map.entries[i].definition)
+                g_map.entries[i].definition->defaultValue = fft_mode_index(fft_mode_from_environment());
         CDSBasePropertyContainer::InitStaticPropertyMap(&g_map.descriptor);
+    }
     return &g_map.descriptor;
 }

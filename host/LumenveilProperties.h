@@ -27,6 +27,8 @@ inline constexpr GUID PROPID_ChangeCount = {0x286CE5A7, 0x15F7, 0x4E66, {0x88, 0
 inline constexpr GUID PROPID_Linear = {0x32640BAD, 0xF545, 0x4833, {0x82, 0xB0, 0xE2, 0x08, 0xD0, 0x8D, 0x21, 0xFA}};
 inline constexpr GUID PROPID_HighlightEmphasis = {0xD86484F7, 0x1170, 0x4D43, {0x80, 0x21, 0xAA, 0xEE, 0x5A, 0x7D, 0x1A, 0x93}};
 inline constexpr GUID PROPID_HighlightThreshold = {0x7BA02DA5, 0x377E, 0x4819, {0x85, 0xB4, 0x8A, 0x2A, 0x7B, 0x93, 0xC8, 0x5E}};
+// The engine's transforms: a list of the engine's named modes; not on the page.
+inline constexpr GUID PROPID_Engine = {0x7C0E5F31, 0x2B9A, 0x4D62, {0x9A, 0x4E, 0x61, 0x0D, 0x3B, 0x85, 0xC2, 0x17}};
 // The page's Overlay button: an entry of the page, not a property.
 inline constexpr GUID PROPID_OverlayButton = {0xABDA84BF, 0x78A3, 0x419E, {0x8C, 0xD9, 0xCC, 0xFC, 0x12, 0x8A, 0xED, 0x06}};
 
@@ -51,12 +53,14 @@ enum LumenveilPropertyKey : uint32_t {
     KEY_LINEAR = 0xFFFF03C0,
     KEY_HIGHLIGHT_EMPHASIS = 0xFFFF03C8,
     KEY_HIGHLIGHT_THRESHOLD = 0xFFFF03D0,
+    KEY_ENGINE = 0xFFFF03D8,
 };
 
-inline constexpr int kLumenveilPropertyCount = 19;
+inline constexpr int kLumenveilPropertyCount = 20;
 
 // The map's descriptor, with its count initialised. Entries follow the order
-// above; the last is the end marker.
+// above; the last is the end marker. On the first call the engine property's
+// default becomes the mode VZ_FFT_MODE names.
 CDSPropertiesMap* LumenveilPropertiesMap();
 
 // The module's instance handle, as the definitions and strings refer to it.

@@ -24,7 +24,8 @@ const StringEntry kStrings[] = {
     {55, "CentreY"},          {58, "RadiusPSF1"},       {59, "Radius PSF1"},
     {62, "RadiusPSF2"},       {63, "Radius PSF2"},      {66, "Linear"},
     {67, "Scene-Linear Render"}, {70, "Highlight Emphasis"}, {71, "Highlight Emphasis"},
-    {74, "Highlight Threshold"}, {75, "Highlight Threshold"},
+    {74, "Highlight Threshold"}, {75, "Highlight Threshold"}, {78, "Engine"},
+    {79, "Transform engine"},
 };
 
 }  // namespace

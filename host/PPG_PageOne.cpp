@@ -80,8 +80,7 @@ PPG_PageOne::PPG_PageOne()
       centreX(0),
       centreY(0),
       radiusPsf1(0),
-      radiusPsf2(0),
-      references(1)
+      radiusPsf2(0)
 {
     if (g_serverLockCount) {
         InterlockedIncrement(g_serverLockCount);
@@ -104,31 +103,9 @@ PPG_PageOne::~PPG_PageOne()
         tool->Release();
 }
 
-HRESULT PPG_PageOne::QueryInterface(const GUID& iid, void** out)
+void* PPG_PageOne::FindInterface(const GUID& iid)
 {
-    if (!out)
-        return E_POINTER;
-    *out = nullptr;
-    if (IsEqualGUID(iid, IID_IDSPropertyPage)) {
-        AddRef();
-        *out = static_cast<CDSPropertyPage*>(this);
-        return S_OK;
-    }
-    if (!IsEqualGUID(iid, IID_IUnknown))
-        return E_NOINTERFACE;
-    AddRef();
-    *out = static_cast<IUnknown*>(this);
-    return S_OK;
-}
-
-uint32_t PPG_PageOne::AddRef() { return static_cast<uint32_t>(InterlockedIncrement(&references)); }
-
-uint32_t PPG_PageOne::Release()
-{
-    const int32_t left = InterlockedDecrement(&references);
-    if (left == 0)
-        delete this;
-    return static_cast<uint32_t>(left);
+    return IsEqualGUID(iid, IID_IDSPropertyPage) ? static_cast<CDSPropertyPage*>(this) : nullptr;
 }
 
 HRESULT PPG_PageOne::OpenOn(IUnknown* effect) { return Open(effect, &PageOneDialog()); }

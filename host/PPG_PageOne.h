@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "hostsdk/CDSPropertyPage.h"
-#include "hostsdk/com.h"
+#include "hostsdk/com_object.h"
 
 class Lumenveil;
 class CDSInteractiveTool;
@@ -20,14 +20,10 @@ inline constexpr int32_t kOverlayContextKind = 3;
 // The page's dialog.
 const DSDialogTemplate& PageOneDialog();
 
-class PPG_PageOne : public CDSPropertyPage, public IUnknown {
+class PPG_PageOne : public CDSPropertyPage, public CDSComObject<IUnknown> {
 public:
     PPG_PageOne();
     ~PPG_PageOne() override;
-
-    HRESULT QueryInterface(const GUID& iid, void** out) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
 
     // Opens the page on an effect with the page's own dialog.
     HRESULT OpenOn(IUnknown* effect) override;
@@ -73,5 +69,6 @@ private:
     bool insideEffect(CDSTime time);
     // Writes the change counter's new value so that the host sees a change.
     void announceChange();
-    volatile int32_t references;
+    // IID_IDSPropertyPage: the page part.
+    void* FindInterface(const GUID& iid) override;
 };

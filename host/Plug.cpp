@@ -6,6 +6,7 @@
 #include "effect/Lumenveil.h"
 #include "host/LumenveilProperties.h"
 #include "host/LumenveilStrings.h"
+#include "vzlibs/fftlib/fft_modes.h"
 #include "hostsdk/image_format_geometry.h"
 
 namespace {
@@ -74,6 +75,7 @@ Plug::Plug()
       linear(0),
       highlightEmphasis(1.0),
       highlightThreshold(1.0),
+      engineMode(fft_mode_index(FFT_MODE_FFTW)),
       lumenveil(nullptr),
       sourceEffect(nullptr)
 {
@@ -106,6 +108,7 @@ Plug::Plug(const Plug& source)
       linear(source.linear),
       highlightEmphasis(source.highlightEmphasis),
       highlightThreshold(source.highlightThreshold),
+      engineMode(source.engineMode),
       lumenveil(source.lumenveil),
       sourceEffect(const_cast<Plug*>(&source))
 {
@@ -155,6 +158,7 @@ void Plug::bindStoredValues()
     BindStoredValue(KEY_LINEAR, &linear);
     BindStoredValue(KEY_HIGHLIGHT_EMPHASIS, &highlightEmphasis);
     BindStoredValue(KEY_HIGHLIGHT_THRESHOLD, &highlightThreshold);
+    BindStoredValue(KEY_ENGINE, &engineMode);
 }
 
 HRESULT Plug::Init()
@@ -163,6 +167,9 @@ HRESULT Plug::Init()
     if (FAILED(status))
         return status;
     const HRESULT defaults = static_cast<IDSImageEffect*>(this)->SetDefaults();
+    // An effect that no host sets an engine for takes the mode VZ_FFT_MODE
+    // names as it is made.
+    engineMode = fft_mode_index(fft_mode_from_environment());
 
     lumenveil = new (std::nothrow) Lumenveil();
     lumenveilHandle = reinterpret_cast<uintptr_t>(lumenveil);
@@ -222,14 +229,15 @@ HRESULT Plug::Init()
     return defaults;
 }
 
-HRESULT Plug::QueryInterface(const GUID& iid, void** out)
+HRESULT Plug::QueryInterface(const GUID& iid, void** out) { return CDSImageEffect::QueryInterface(iid, out); }
+
+void* Plug::FindInterface(const GUID& iid)
 {
-    if (out && IsEqualGUID(iid, IID_IDSPointSpread)) {
-        AddRef();
-        *out = static_cast<IDSPointSpread*>(this);
-        return S_OK;
-    }
-    return CDSImageEffect::QueryInterface(iid, out);
+    if (IsEqualGUID(iid, IID_IDSPointSpread))
+        return static_cast<IDSPointSpread*>(this);
+    if (IsEqualGUID(iid, IID_IDSTransformNeeds))
+        return static_cast<IDSTransformNeeds*>(this);
+    return CDSImageEffect::FindInterface(iid);
 }
 
 uint32_t Plug::AddRef() { return CDSImageEffect::AddRef(); }

@@ -7,7 +7,9 @@
 
 #include "hostsdk/CDSImageEffect.h"
 #include "hostsdk/IDSPointSpread.h"
+#include "hostsdk/IDSTransformNeeds.h"
 
+class ApertureVZ;
 class Lumenveil;
 class VZImage;
 class LinearFrameVZ;
@@ -25,7 +27,7 @@ struct EffectBitmap {
     const uint8_t* pixels;  // B G R
 };
 
-class Plug : public CDSImageMIEffect, public IDSPointSpread {
+class Plug : public CDSImageMIEffect, public IDSPointSpread, public IDSTransformNeeds {
 public:
     // Complete on return: Init has run.
     Plug();
@@ -35,12 +37,16 @@ public:
 
     HRESULT Init() override;
 
-    // The base's interfaces and IID_IDSPointSpread, on one count.
+    // The base's interfaces, IID_IDSPointSpread and IID_IDSTransformNeeds, on one count.
     HRESULT QueryInterface(const GUID& iid, void** out) override;
     uint32_t AddRef() override;
     uint32_t Release() override;
     // The engine's point-spread image of the last frame.
     HRESULT GetPointSpreadImage(int32_t* width, int32_t* height, int32_t* rowBytes, const uint8_t** pixels) override;
+    // By the aperture at `time` and the engine's size rule; `engine` is a
+    // value of the Engine property or DS_ENGINE_CURRENT.
+    HRESULT GetTransformNeeds(int32_t width, int32_t height, double time, int32_t engine,
+                              DSTransformNeeds* needs) override;
 
     HRESULT GetName(wchar_t* buffer, int size);
     HRESULT GetLongName(wchar_t* buffer, int size);
@@ -92,25 +98,35 @@ public:
     int32_t linear;             // scene-linear render of float R G B A frames
     double highlightEmphasis;
     double highlightThreshold;
+    int32_t engineMode;         // the engine's transforms: an index of the engine's named modes
     Lumenveil* lumenveil;       // shared with clones; owned by the effect that made it
     Plug* sourceEffect;         // the effect this one was cloned from, or null
+
+protected:
+    void* FindInterface(const GUID& iid) override;
 
 private:
     // Ties the properties' keys to the stored members above.
     void bindStoredValues();
     // Takes one count of the server lock when one exists.
     void takeServerLock();
+    // The values that shape the kernel at `time`.
+    ApertureVZ apertureAt(double time);
     // Reads the properties at `time` into the Lumenveil's controls.
     void readParameters(double time);
     HRESULT runRender(double position);
-    // The Spread input's image at `time` (a counted reference), or null.
-    IDSImage* fetchSpread(double time);
+    // The Spread input's image at `time`, or null.
+    ComRef<IDSImage> fetchSpread(double time);
     // The pixel aspect from the coordinate manager (left as it is without one)
     // and the frames' scale from the project's frame width.
     void readFrameValues(double* aspect, float* scale);
     // Execute of a scene-linear render (Linear on), from step 6 on: float
     // R G B A frames through Lumenveil::RenderLinear.
     HRESULT executeLinear(double time, double position, uint32_t fieldFlags);
+    // Execute of a 16-bit render once the host images are read: the frames
+    // converted, rendered, merged and written back.
+    HRESULT executeFrames(double time, double position, const HostBuffer& in, const HostBuffer& spread,
+                          const HostBuffer& out, uint32_t fieldFlags);
     // Its render of `frame` in place and the write into the output image;
     // `input`, when given, is the frame as read, for the channel selectors.
     HRESULT renderLinear(LinearFrameVZ& frame, const LinearFrameVZ* input, const HostBuffer& out, double time,

@@ -2,6 +2,7 @@
 // merged by the channel selectors, fields respected.
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "effect/Lumenveil.h"
@@ -11,15 +12,42 @@
 #include "host/Plug.h"
 #include "host/PlugHostBuffers.h"
 #include "hostsdk/content.h"
+#include "vzlibs/fftlib/fft_modes.h"
 
+
+namespace {
+
+// The conversions' field flags count rows of the frame, where row 0 is the
+// top row; the host's mask names the field to process, so its two bits change
+// places here: processing the even rows means leaving the odd ones out.
+uint32_t conversionFieldFlags(uint32_t fieldMask)
+{
+    return ((fieldMask & DS_FIELD_ODD) ? uint32_t(HOST_FIELD_ODD_ONLY) : 0u) |
+           ((fieldMask & DS_FIELD_EVEN) ? uint32_t(HOST_FIELD_EVEN_ONLY) : 0u);
+}
+
+}  // namespace
+
+ApertureVZ Plug::apertureAt(double time)
+{
+    ApertureVZ aperture;
+    aperture.shape = shapeOfProperty(GetValueDirect(KEY_SHAPE, shape, time));
+    aperture.matchRadii = matchRadii != 0;
+    aperture.radiusX = GetValueDirect(KEY_RADIUS_X, radiusX, time);
+    aperture.radiusY = GetValueDirect(KEY_RADIUS_Y, radiusY, time);
+    aperture.radiusPsf1 = GetValueDirect(KEY_RADIUS_PSF1, radiusPsf1, time);
+    aperture.radiusPsf2 = GetValueDirect(KEY_RADIUS_PSF2, radiusPsf2, time);
+    return aperture;
+}
 
 void Plug::readParameters(double time)
 {
     Lumenveil& fx = *lumenveil;
-    fx.shape.value = GetValueDirect(KEY_SHAPE, shape, time) + 1;
-    fx.matchRadii.value = matchRadii != 0;
-    fx.radiusX.value = GetValueDirect(KEY_RADIUS_X, radiusX, time);
-    fx.radiusY.value = GetValueDirect(KEY_RADIUS_Y, radiusY, time);
+    const ApertureVZ aperture = apertureAt(time);
+    fx.shape.value = aperture.shape;
+    fx.matchRadii.value = aperture.matchRadii;
+    fx.radiusX.value = aperture.radiusX;
+    fx.radiusY.value = aperture.radiusY;
     fx.sides.value = GetValueDirect(KEY_SIDES, sides, time);
     fx.rotation.value = GetValueDirect(KEY_ROTATION, rotation, time);
     fx.brightEmphasis.value = GetValueDirect(KEY_BRIGHT_EMPHASIS, brightEmphasis, time);
@@ -27,20 +55,32 @@ void Plug::readParameters(double time)
     fx.extremePrecision.value = extremePrecision != 0;
     fx.centre.x = GetValueDirect(KEY_CENTRE_X, centreX, time);
     fx.centre.y = GetValueDirect(KEY_CENTRE_Y, centreY, time);
-    fx.radiusPsf1.value = GetValueDirect(KEY_RADIUS_PSF1, radiusPsf1, time);
-    fx.radiusPsf2.value = GetValueDirect(KEY_RADIUS_PSF2, radiusPsf2, time);
+    fx.radiusPsf1.value = aperture.radiusPsf1;
+    fx.radiusPsf2.value = aperture.radiusPsf2;
 }
 
-IDSImage* Plug::fetchSpread(double time)
+HRESULT Plug::GetTransformNeeds(int32_t width, int32_t height, double time, int32_t engine, DSTransformNeeds* needs)
 {
-    IUnknown* fetched = nullptr;
-    IDSImage* spreadImage = nullptr;
-    host->FetchInput(1, time, executeContext, &fetched);
-    if (fetched) {
-        fetched->QueryInterface(IID_IDSImage, reinterpret_cast<void**>(&spreadImage));
-        fetched->Release();
-    }
-    return spreadImage;
+    if (!needs)
+        return E_POINTER;
+    const int32_t index = engine == DS_ENGINE_CURRENT ? engineMode : engine;
+    if (width < 1 || height < 1 || !fft_mode_name(index))
+        return E_INVALIDARG;
+    const TransformVZ t = apertureAt(time).Transform(width, height, fft_mode_at(index));
+    needs->reach = t.reach;
+    needs->margin = t.margin;
+    needs->width = t.width;
+    needs->height = t.height;
+    needs->largestSide = t.largestSide;
+    needs->fits = t.fits ? 1 : 0;
+    return S_OK;
+}
+
+ComRef<IDSImage> Plug::fetchSpread(double time)
+{
+    ComRef<IUnknown> fetched;
+    host->FetchInput(1, time, executeContext, reinterpret_cast<IUnknown**>(fetched.out()));
+    return ComRef<IDSImage>::Query(fetched.get(), IID_IDSImage);
 }
 
 void Plug::readFrameValues(double* aspect, float* scale)
@@ -103,6 +143,52 @@ void Plug::mergeChannels(const VZImage* input, VZImage* output, int32_t s0, int3
     }
 }
 
+HRESULT Plug::executeFrames(double time, double position, const HostBuffer& in, const HostBuffer& spread,
+                            const HostBuffer& out, uint32_t fieldFlags)
+{
+    double aspect = 1.0;
+    float scale = 1.0f;
+    readFrameValues(&aspect, &scale);
+    std::unique_ptr<VZImage> inputFrame(hostToVzImage(in.pixels, in.width, in.height, roiWidth, roiHeight, inputRoiX,
+                                                      inputRoiY, in.code, fieldFlags));
+    // Only the Image shape reads the Spread frame: for the others it is not
+    // converted, and its slot stays empty.
+    const bool spreadUsed = shapeOfProperty(GetValueDirect(KEY_SHAPE, shape, time)) == SHAPE_IMAGE;
+    std::unique_ptr<VZImage> spreadFrame(spreadUsed ? hostToVzImage(spread.pixels, spread.width, spread.height,
+                                                                    roiWidth, roiHeight, inputRoiX, inputRoiY,
+                                                                    spread.code, fieldFlags)
+                                                    : nullptr);
+    std::unique_ptr<VZImage> outputFrame(new (std::nothrow) VZImage(roiWidth, roiHeight, 0, nullptr, 0u));
+    // A frame that could not be made (an unknown input format, a region outside
+    // a buffer, a Spread smaller than the region, no memory) ends the call with
+    // the output image untouched: E_OUTOFMEMORY for the output frame, E_FAIL for
+    // the inputs.
+    if (!outputFrame || !outputFrame->pixels)
+        return E_OUTOFMEMORY;
+    if (!inputFrame || (spreadUsed && !spreadFrame))
+        return E_FAIL;
+    // Nothing stale reaches the host when the render does not run.
+    std::memset(outputFrame->pixels, 0, static_cast<size_t>(roiWidth) * roiHeight * 4 * sizeof(uint16_t));
+    for (VZImage* frame : {inputFrame.get(), spreadFrame.get(), outputFrame.get()})
+        if (frame)
+            setHostValues(frame, aspect, scale);
+    fillSlot(lumenveil->input, 0, *this, in, inputRoiX, inputRoiY, inputFrame.get());
+    fillSlot(lumenveil->spread, 1, *this, spread, inputRoiX, inputRoiY, spreadFrame.get());
+    fillSlot(lumenveil->output, 0, *this, out, outputRoiX, outputRoiY, outputFrame.get());
+
+    readParameters(time);
+    lumenveil->renderMonitor = host;
+    const HRESULT status = runRender(position);
+    if (host->ShouldContinue() != 0) {
+        // The selectors' places cross green and blue; the merge takes R, G, B, A.
+        mergeChannels(inputFrame.get(), outputFrame.get(), channelSelect[DS_PLACE_RED], channelSelect[DS_PLACE_GREEN],
+                      channelSelect[DS_PLACE_BLUE], channelSelect[DS_PLACE_ALPHA]);
+        vzImageToHost(outputFrame.get(), out.pixels, out.width, out.height, roiWidth, roiHeight, outputRoiX,
+                      outputRoiY, out.code, fieldFlags);
+    }
+    return status;
+}
+
 HRESULT Plug::Execute(double time)
 {
     const HRESULT prepared = PrepareData();
@@ -118,71 +204,19 @@ HRESULT Plug::Execute(double time)
         return S_OK;
     if (FAILED(prepared))
         return prepared;
+    // The engine takes the mode of the Engine property; a changed property
+    // makes a new one.
+    lumenveil->SelectEngine(fft_mode_at(engineMode));
 
-    // The field flags count rows of the frame, where row 0 is the top row: the
-    // two bits of the host's mask change places here.
-    const uint32_t fieldFlags = ((fieldMask & 2) ? uint32_t(HOST_FIELD_ODD_ONLY) : 0u) |
-                                ((fieldMask & 1) ? uint32_t(HOST_FIELD_EVEN_ONLY) : 0u);
+    const uint32_t fieldFlags = conversionFieldFlags(fieldMask);
     if (linear)
         return executeLinear(time, position, fieldFlags);
     const HostBuffer out = readBuffer(outputImage);
     if (out.code == 0)
         return E_UNEXPECTED;
     const HostBuffer in = readBuffer(inputImage);
-
-    IDSImage* spreadImage = fetchSpread(time);
-    const HostBuffer spread = spreadImage ? readBuffer(spreadImage) : in;
-    double aspect = 1.0;
-    float scale = 1.0f;
-    readFrameValues(&aspect, &scale);
-
-    VZImage* inputFrame = hostToVzImage(in.pixels, in.width, in.height, roiWidth, roiHeight, inputRoiX, inputRoiY,
-                                        in.code, fieldFlags);
-    // Only the Image shape reads the Spread frame: for the others it is not
-    // converted, and its slot stays empty.
-    const bool spreadUsed = GetValueDirect(KEY_SHAPE, shape, time) + 1 == SHAPE_IMAGE;
-    VZImage* spreadFrame = spreadUsed ? hostToVzImage(spread.pixels, spread.width, spread.height, roiWidth, roiHeight,
-                                                      inputRoiX, inputRoiY, spread.code, fieldFlags)
-                                      : nullptr;
-    VZImage* outputFrame = new (std::nothrow) VZImage(roiWidth, roiHeight, 0, nullptr, 0u);
-    // A frame that could not be made (an unknown input format, a region outside
-    // a buffer, a Spread smaller than the region, no memory) ends the call with
-    // the output image untouched: E_OUTOFMEMORY for the output frame, E_FAIL for
-    // the inputs.
-    auto release = [&]() {
-        delete inputFrame;
-        delete spreadFrame;
-        delete outputFrame;
-        if (spreadImage)
-            spreadImage->Release();
-    };
-    HRESULT status = S_OK;
-    if (!outputFrame || !outputFrame->pixels)
-        status = E_OUTOFMEMORY;
-    else if (!inputFrame || (spreadUsed && !spreadFrame))
-        status = E_FAIL;
-    if (FAILED(status)) {
-        release();
-        return status;
-    }
-    // Nothing stale reaches the host when the render does not run.
-    std::memset(outputFrame->pixels, 0, static_cast<size_t>(roiWidth) * roiHeight * 4 * sizeof(uint16_t));
-    for (VZImage* frame : {inputFrame, spreadFrame, outputFrame})
-        if (frame)
-            setHostValues(frame, aspect, scale);
-    fillSlot(lumenveil->input, 0, *this, in, inputRoiX, inputRoiY, inputFrame);
-    fillSlot(lumenveil->spread, 1, *this, spread, inputRoiX, inputRoiY, spreadFrame);
-    fillSlot(lumenveil->output, 0, *this, out, outputRoiX, outputRoiY, outputFrame);
-
-    readParameters(time);
-    lumenveil->renderMonitor = host;
-    status = runRender(position);
-
-    if (host->ShouldContinue() != 0) {
-        mergeChannels(inputFrame, outputFrame, channelSelect[0], channelSelect[2], channelSelect[1], channelSelect[3]);
-        vzImageToHost(outputFrame, out.pixels, out.width, out.height, roiWidth, roiHeight, outputRoiX, outputRoiY,
-                      out.code, fieldFlags);
-    }
-    release();
-    return status;
+    // The Spread image is held until the end of the call.
+    const ComRef<IDSImage> spreadImage = fetchSpread(time);
+    const HostBuffer spread = spreadImage ? readBuffer(spreadImage.get()) : in;
+    return executeFrames(time, position, in, spread, out, fieldFlags);
 }

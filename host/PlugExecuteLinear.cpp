@@ -16,7 +16,7 @@
 namespace {
 
 // Whether the selectors leave every channel as the effect rendered it.
-bool mergeNeeded(const int32_t* select) { return !(select[0] && select[1] && select[2] && select[3] && select[3] != 2); }
+bool mergeNeeded(const int32_t* select) { return !(select[0] && select[1] && select[2] && select[3] && select[3] != DS_CHANNEL_MATTE); }
 
 }  // namespace
 
@@ -55,8 +55,8 @@ HRESULT Plug::executeLinear(double time, double position, uint32_t fieldFlags)
         lib_log(LOG_ERROR, "Linear needs the fast or fast-float engine: the faithful one renders in 16 bits");
         return E_INVALIDARG;
     }
-    IDSImage* spreadImage = fetchSpread(time);
-    const HostBuffer spread = spreadImage ? readBuffer(spreadImage) : in;
+    const ComRef<IDSImage> spreadImage = fetchSpread(time);
+    const HostBuffer spread = spreadImage ? readBuffer(spreadImage.get()) : in;
     double aspect = 1.0;
     float scale = 1.0f;
     readFrameValues(&aspect, &scale);
@@ -73,7 +73,7 @@ HRESULT Plug::executeLinear(double time, double position, uint32_t fieldFlags)
         if (!kept || !kept->CopyFrom(*frame))
             kept.reset();
     }
-    const bool spreadUsed = GetValueDirect(KEY_SHAPE, shape, time) + 1 == SHAPE_IMAGE;
+    const bool spreadUsed = shapeOfProperty(GetValueDirect(KEY_SHAPE, shape, time)) == SHAPE_IMAGE;
     std::unique_ptr<VZImage> spreadFrame(spreadUsed ? hostToVzImage(spread.pixels, spread.width, spread.height,
                                                                     roiWidth, roiHeight, inputRoiX, inputRoiY,
                                                                     spread.code, fieldFlags)
@@ -96,8 +96,6 @@ HRESULT Plug::executeLinear(double time, double position, uint32_t fieldFlags)
         status = renderLinear(*frame, kept.get(), out, time, position, fieldFlags);
         lumenveil->spread.image = nullptr;
     }
-    if (spreadImage)
-        spreadImage->Release();
     return status;
 }
 
@@ -124,7 +122,8 @@ HRESULT Plug::renderLinear(LinearFrameVZ& frame, const LinearFrameVZ* input, con
     if (host->ShouldContinue() == 0)
         return S_OK;
     if (input)
-        mergeLinearChannels(*input, frame, channelSelect[0], channelSelect[2], channelSelect[1], channelSelect[3]);
+        mergeLinearChannels(*input, frame, channelSelect[DS_PLACE_RED], channelSelect[DS_PLACE_GREEN],
+                            channelSelect[DS_PLACE_BLUE], channelSelect[DS_PLACE_ALPHA]);
     linearFrameToHost(&frame, out.pixels, out.width, out.height, roiWidth, roiHeight, outputRoiX, outputRoiY, out.code,
                       fieldFlags);
     return S_OK;

@@ -41,7 +41,6 @@ CDSImageEffect::CDSImageEffect()
       executeContext(0),
       baseDataA(&kBaseDataA),
       baseDataB(&kBaseDataB),
-      references(1),
       roiSet(false)
 {
 }
@@ -49,8 +48,7 @@ CDSImageEffect::CDSImageEffect()
 // A copy takes the settings but no image references, and a count of its own.
 CDSImageEffect::CDSImageEffect(const CDSImageEffect& other)
     : CDSPlugInEffect(other),
-      IDSImageEffect(),
-      IDSProperties(),
+      CDSComObject(other),
       timespanLength(other.timespanLength),
       sampleRate(other.sampleRate),
       host(other.host),
@@ -69,7 +67,6 @@ CDSImageEffect::CDSImageEffect(const CDSImageEffect& other)
       executeContext(other.executeContext),
       baseDataA(other.baseDataA),
       baseDataB(other.baseDataB),
-      references(1),
       roiSet(other.roiSet)
 {
 }
@@ -80,32 +77,13 @@ CDSImageEffect::~CDSImageEffect()
     replaceReference<IDSImage>(outputImage, nullptr);
 }
 
-HRESULT CDSImageEffect::QueryInterface(const GUID& iid, void** out)
+void* CDSImageEffect::FindInterface(const GUID& iid)
 {
-    if (!out)
-        return E_POINTER;
-    *out = nullptr;
-    if (IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IDSImageEffect)) {
-        AddRef();
-        *out = static_cast<IDSImageEffect*>(this);
-        return S_OK;
-    }
-    if (IsEqualGUID(iid, IID_IDSProperties)) {
-        AddRef();
-        *out = static_cast<IDSProperties*>(this);
-        return S_OK;
-    }
-    return E_NOINTERFACE;
-}
-
-uint32_t CDSImageEffect::AddRef() { return static_cast<uint32_t>(InterlockedIncrement(&references)); }
-
-uint32_t CDSImageEffect::Release()
-{
-    const int32_t left = InterlockedDecrement(&references);
-    if (left == 0)
-        delete this;
-    return static_cast<uint32_t>(left);
+    if (IsEqualGUID(iid, IID_IDSImageEffect))
+        return static_cast<IDSImageEffect*>(this);
+    if (IsEqualGUID(iid, IID_IDSProperties))
+        return static_cast<IDSProperties*>(this);
+    return nullptr;
 }
 
 HRESULT CDSImageEffect::GetInfo(DSFxInfo* info) { return info ? S_OK : E_POINTER; }

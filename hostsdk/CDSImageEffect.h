@@ -14,6 +14,7 @@
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/IDSProperties.h"
+#include "hostsdk/com_object.h"
 
 class CDSPropertyContainer : public CDSBasePropertyContainer {};
 class CDSAliasedPropertyContainer : public CDSPropertyContainer {};
@@ -31,18 +32,12 @@ private:
     GUID pageClass{};
 };
 
-class CDSImageEffect : public CDSPlugInEffect, public IDSImageEffect, public IDSProperties {
+class CDSImageEffect : public CDSPlugInEffect, public CDSComObject<IDSImageEffect, IDSProperties> {
 public:
     CDSImageEffect();
     CDSImageEffect(const CDSImageEffect& other);
     ~CDSImageEffect() override;
     CDSImageEffect& operator=(const CDSImageEffect&) = delete;
-
-    // IUnknown: IID_IUnknown, IID_IDSImageEffect and IID_IDSProperties; the
-    // count starts at 1.
-    HRESULT QueryInterface(const GUID& iid, void** out) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
 
     // Defaults: GetInfo and GetImageEffectInfo check the pointer only; SetDefaults
     // sets the properties to their defaults; Verify checks the output is set;
@@ -98,8 +93,11 @@ public:
     const void* baseDataA;  // opaque structures handed on with each frame
     const void* baseDataB;
 
+protected:
+    // IID_IDSImageEffect and IID_IDSProperties (IID_IUnknown is the first).
+    void* FindInterface(const GUID& iid) override;
+
 private:
-    volatile int32_t references;
     bool roiSet;
 };
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "hostsdk/com.h"
+#include "hostsdk/com_object.h"
 
 inline constexpr GUID IID_IDSImage = {0x4c560201, 0x6d66, 0x4966, {0x8a, 0x21, 0x49, 0x4d, 0x41, 0x47, 0x45, 0x01}};
 
@@ -23,14 +24,11 @@ struct IDSImage : IUnknown {
 // the format's size and owns it; otherwise it borrows the caller's block, which
 // must hold hostBufferBytes(format, width, height) bytes. The creator holds the
 // one reference.
-class MemoryImage : public IDSImage {
+class MemoryImage : public CDSComObject<IDSImage> {
 public:
     // Null for a format outside the sixteen, a size below 1, or no memory.
     static MemoryImage* Create(const GUID& format, int32_t width, int32_t height, void* pixels = nullptr);
 
-    HRESULT QueryInterface(const GUID& iid, void** out) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
     HRESULT GetPixelFormat(GUID* format) override;
     HRESULT GetDimensions(int32_t* width, int32_t* height) override;
     HRESULT GetOrigin(double* x, double* y) override;
@@ -45,8 +43,8 @@ public:
 private:
     MemoryImage() = default;
     ~MemoryImage() override;
+    void* FindInterface(const GUID& iid) override;
 
-    volatile int32_t references = 1;
     GUID format{};
     int32_t code = 0;
     int32_t width = 0;

@@ -41,6 +41,30 @@ struct DSImgFxInfo {
 };
 static_assert(offsetof(DSImgFxInfo, value36) == 36 && offsetof(DSImgFxInfo, value72) == 72);
 
+// A channel selector of SetChannelMask: what the effect does to one channel.
+enum DSChannelSelector : int32_t {
+    DS_CHANNEL_KEEP = 0,    // the channel stays as the input has it
+    DS_CHANNEL_EFFECT = 1,  // the effect's result (any value but 0, and 2 in the alpha place)
+    DS_CHANNEL_MATTE = 2,   // alpha place only: the effect's result where the input's alpha is full
+};
+
+// The places in SetChannelMask's array. Green and blue are crossed: the
+// second selector governs blue and the third green.
+enum DSChannelPlace : int {
+    DS_PLACE_RED = 0,
+    DS_PLACE_BLUE = 1,
+    DS_PLACE_GREEN = 2,
+    DS_PLACE_ALPHA = 3,
+};
+inline constexpr int DS_CHANNEL_PLACES = 4;
+
+// The bits of SetFieldMask, counting rows of the frame from the top row, 0.
+enum DSFieldMask : uint32_t {
+    DS_FIELDS_BOTH = 0,  // every row
+    DS_FIELD_EVEN = 1,   // rows 0, 2, 4, ...; the others stay as the output had them
+    DS_FIELD_ODD = 2,    // rows 1, 3, 5, ...
+};
+
 struct IDSImageEffect : IUnknown {
     virtual HRESULT GetInfo(DSFxInfo* info) = 0;
     virtual HRESULT SetSampleRate(double rate) = 0;
@@ -50,14 +74,14 @@ struct IDSImageEffect : IUnknown {
     virtual HRESULT SetDefaults() = 0;
     virtual HRESULT SetInput(IDSImage* image) = 0;
     virtual HRESULT SetOutput(IDSImage* image) = 0;
-    // Per channel R, G, B, A: 0 keeps the input, non-zero takes the effect's;
-    // 2 in the fourth place uses the input's alpha as the matte.
-    virtual HRESULT SetChannelMask(const int32_t selectors[4]) = 0;
+    // One selector (DSChannelSelector) per place of DSChannelPlace: red, blue,
+    // green, alpha, in that order.
+    virtual HRESULT SetChannelMask(const int32_t selectors[DS_CHANNEL_PLACES]) = 0;
     // The region of interest: its size, its place in the input (and Spread) and
     // in the output buffer.
     virtual HRESULT SetROI(int32_t inputX, int32_t inputY, int32_t outputX, int32_t outputY, int32_t width,
                            int32_t height) = 0;
-    // Bit value 1 and bit value 2 select one field each; 0 processes every row.
+    // DSFieldMask: one field, or every row.
     virtual HRESULT SetFieldMask(uint32_t mask) = 0;
     virtual HRESULT Verify() = 0;
     // Renders the frame at `time` (seconds).

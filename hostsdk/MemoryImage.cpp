@@ -34,27 +34,9 @@ MemoryImage* MemoryImage::Create(const GUID& formatId, int32_t w, int32_t h, voi
 
 MemoryImage::~MemoryImage() = default;
 
-HRESULT MemoryImage::QueryInterface(const GUID& iid, void** out)
+void* MemoryImage::FindInterface(const GUID& iid)
 {
-    if (!out)
-        return E_POINTER;
-    *out = nullptr;
-    if (IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IDSImage)) {
-        AddRef();
-        *out = static_cast<IDSImage*>(this);
-        return S_OK;
-    }
-    return E_NOINTERFACE;
-}
-
-uint32_t MemoryImage::AddRef() { return static_cast<uint32_t>(InterlockedIncrement(&references)); }
-
-uint32_t MemoryImage::Release()
-{
-    const int32_t left = InterlockedDecrement(&references);
-    if (left == 0)
-        delete this;
-    return static_cast<uint32_t>(left);
+    return IsEqualGUID(iid, IID_IDSImage) ? static_cast<IDSImage*>(this) : nullptr;
 }
 
 HRESULT MemoryImage::GetPixelFormat(GUID* out)

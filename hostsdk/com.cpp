@@ -7,6 +7,8 @@
 #include <new>
 #include <vector>
 
+#include "hostsdk/com_object.h"
+
 bool IsEqualGUID(const GUID& a, const GUID& b) { return a == b; }
 
 int32_t InterlockedIncrement(volatile int32_t* value)
@@ -23,33 +25,25 @@ namespace {
 
 // Answers IID_IMarshal for its outer object and delegates everything else.
 // Marshalling itself never happens in one process, so it has no other duty.
-class FreeThreadedMarshaler : public IUnknown {
+class FreeThreadedMarshaler : public CDSComObject<IUnknown> {
 public:
     explicit FreeThreadedMarshaler(IUnknown* outerObject) : outer(outerObject) {}
     HRESULT QueryInterface(const GUID& iid, void** out) override
     {
-        if (!out)
-            return E_POINTER;
+        if (!out || IsEqualGUID(iid, IID_IMarshal))
+            return CDSComObject::QueryInterface(iid, out);
         *out = nullptr;
-        if (IsEqualGUID(iid, IID_IMarshal)) {
-            AddRef();
-            *out = this;
-            return S_OK;
-        }
         return outer->QueryInterface(iid, out);
     }
-    uint32_t AddRef() override { return ++count; }
-    uint32_t Release() override
+
+protected:
+    void* FindInterface(const GUID& iid) override
     {
-        const uint32_t left = --count;
-        if (left == 0)
-            delete this;
-        return left;
+        return IsEqualGUID(iid, IID_IMarshal) ? static_cast<IUnknown*>(this) : nullptr;
     }
 
 private:
     IUnknown* outer;
-    std::atomic<uint32_t> count{1};
 };
 
 struct ServerList {

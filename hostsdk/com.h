@@ -1,9 +1,11 @@
 // COM basics of the host: IUnknown, IClassFactory, their interface
-// identifiers, a free-threaded marshaler, interlocked counters, and
-// CoCreateInstance over in-process servers registered with this library.
+// identifiers, ComRef (an owned reference), a free-threaded marshaler,
+// interlocked counters, and CoCreateInstance over in-process servers
+// registered with this library.
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "hostsdk/guid.h"
 #include "hostsdk/hresult.h"
@@ -26,6 +28,54 @@ struct IUnknown {
 
 protected:
     virtual ~IUnknown() = default;
+};
+
+// ComRef: one counted reference to a COM object, released when it goes.
+template <typename T> class ComRef {
+public:
+    ComRef() = default;
+    // Takes over the reference that `object` holds (it is not added to).
+    explicit ComRef(T* object) : p(object) {}
+    ~ComRef() { reset(); }
+    ComRef(const ComRef&) = delete;
+    ComRef& operator=(const ComRef&) = delete;
+    ComRef(ComRef&& other) noexcept : p(std::exchange(other.p, nullptr)) {}
+    ComRef& operator=(ComRef&& other) noexcept
+    {
+        if (this != &other) {
+            reset();
+            p = std::exchange(other.p, nullptr);
+        }
+        return *this;
+    }
+
+    // Releases the reference held, if any.
+    void reset()
+    {
+        if (p)
+            p->Release();
+        p = nullptr;
+    }
+    T* get() const { return p; }
+    T* operator->() const { return p; }
+    explicit operator bool() const { return p != nullptr; }
+    // Where an interface query or factory writes the new reference.
+    void** out()
+    {
+        reset();
+        return reinterpret_cast<void**>(&p);
+    }
+    // The reference asked of `object` for interface `iid` (null when it has none).
+    template <typename From> static ComRef Query(From* object, const GUID& iid)
+    {
+        ComRef ref;
+        if (object)
+            object->QueryInterface(iid, ref.out());
+        return ref;
+    }
+
+private:
+    T* p = nullptr;
 };
 
 // Makes objects of one class.

@@ -6,24 +6,24 @@
 
 namespace {
 
-//                       code name                          guid                  spp bytes alpha bottomUp pairs 709
+// code name guid samples-per-pixel sample-bytes alpha-plane bottom-up pairs 709 video-range
 const HostFormatGeometry kFormats[kHostFormatCount] = {
-    {1, "MFIF_RGBA_RAW_32", &MFIF_RGBA_RAW_32, 4, 1, false, false, false, false},
-    {2, "MFIF_BGRA_RAW_32_VIDEO", &MFIF_BGRA_RAW_32_VIDEO, 4, 1, false, true, false, false},
-    {3, "MFIF_CbYCrY_16", &MFIF_CbYCrY_16, 2, 1, false, true, true, false},
-    {4, "MFIF_CbYCrY709_16", &MFIF_CbYCrY709_16, 2, 1, false, true, true, true},
-    {5, "MFIF_CbYCrYA_24", &MFIF_CbYCrYA_24, 2, 1, true, true, true, false},
-    {6, "MFIF_CbYCrY709A_24", &MFIF_CbYCrY709A_24, 2, 1, true, true, true, true},
-    {7, "MFIF_RGBA_S2_14", &MFIF_RGBA_S2_14, 4, 2, false, true, false, false},
-    {8, "MFIF_CbYCrY_S2_14", &MFIF_CbYCrY_S2_14, 2, 2, false, true, true, false},
-    {9, "MFIF_CbYCrY709_S2_14", &MFIF_CbYCrY709_S2_14, 2, 2, false, true, true, true},
-    {10, "MFIF_CbYCrYA_S2_14", &MFIF_CbYCrYA_S2_14, 2, 2, true, true, true, false},
-    {11, "MFIF_CbYCrY709A_S2_14", &MFIF_CbYCrY709A_S2_14, 2, 2, true, true, true, true},
-    {12, "MFIF_RGBA_FLOAT", &MFIF_RGBA_FLOAT, 4, 4, false, true, false, false},
-    {13, "MFIF_CbYCrY_FLOAT", &MFIF_CbYCrY_FLOAT, 2, 4, false, true, true, false},
-    {14, "MFIF_CbYCrY709_FLOAT", &MFIF_CbYCrY709_FLOAT, 2, 4, false, true, true, true},
-    {15, "MFIF_CbYCrYA_FLOAT", &MFIF_CbYCrYA_FLOAT, 2, 4, true, true, true, false},
-    {16, "MFIF_CbYCrY709A_FLOAT", &MFIF_CbYCrY709A_FLOAT, 2, 4, true, true, true, true},
+    {1, "MFIF_RGBA_RAW_32", &MFIF_RGBA_RAW_32, 4, 1, false, false, false, false, false},
+    {2, "MFIF_BGRA_RAW_32_VIDEO", &MFIF_BGRA_RAW_32_VIDEO, 4, 1, false, true, false, false, true},
+    {3, "MFIF_CbYCrY_16", &MFIF_CbYCrY_16, 2, 1, false, true, true, false, false},
+    {4, "MFIF_CbYCrY709_16", &MFIF_CbYCrY709_16, 2, 1, false, true, true, true, false},
+    {5, "MFIF_CbYCrYA_24", &MFIF_CbYCrYA_24, 2, 1, true, true, true, false, false},
+    {6, "MFIF_CbYCrY709A_24", &MFIF_CbYCrY709A_24, 2, 1, true, true, true, true, false},
+    {7, "MFIF_RGBA_S2_14", &MFIF_RGBA_S2_14, 4, 2, false, true, false, false, false},
+    {8, "MFIF_CbYCrY_S2_14", &MFIF_CbYCrY_S2_14, 2, 2, false, true, true, false, false},
+    {9, "MFIF_CbYCrY709_S2_14", &MFIF_CbYCrY709_S2_14, 2, 2, false, true, true, true, false},
+    {10, "MFIF_CbYCrYA_S2_14", &MFIF_CbYCrYA_S2_14, 2, 2, true, true, true, false, false},
+    {11, "MFIF_CbYCrY709A_S2_14", &MFIF_CbYCrY709A_S2_14, 2, 2, true, true, true, true, false},
+    {12, "MFIF_RGBA_FLOAT", &MFIF_RGBA_FLOAT, 4, 4, false, true, false, false, false},
+    {13, "MFIF_CbYCrY_FLOAT", &MFIF_CbYCrY_FLOAT, 2, 4, false, true, true, false, false},
+    {14, "MFIF_CbYCrY709_FLOAT", &MFIF_CbYCrY709_FLOAT, 2, 4, false, true, true, true, false},
+    {15, "MFIF_CbYCrYA_FLOAT", &MFIF_CbYCrYA_FLOAT, 2, 4, true, true, true, false, false},
+    {16, "MFIF_CbYCrY709A_FLOAT", &MFIF_CbYCrY709A_FLOAT, 2, 4, true, true, true, true, false},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // What a buffer of each of the sixteen host pixel formats looks like: the one
-// place that knows a format's code, name, sample layout, alpha plane and row
-// order. Images, the effect's conversions, tests and tools all read it.
+// place that knows a format's code, name, sample layout, alpha plane, row
+// order and sample scales. Images, the effect's conversions, tests and tools
+// all read it.
 //
 // A buffer of width x height pixels has no row padding. Its colour plane holds
 // samplesPerPixel samples of sampleBytes a pixel (pair formats keep Cb Y / Cr Y
@@ -14,6 +15,28 @@
 
 #include "hostsdk/guid.h"
 
+// Sample scales. An R G B A or alpha-plane sample is 0 to its full scale: 255
+// at 8 bits, kHostFixedOne at 16 bits (signed 2.14 fixed point), 1.0 in
+// float. Cb Y Cr Y luma has the same scale, without offset, at 16 bits and in
+// float, and chroma runs from minus half to half of it there.
+inline constexpr int32_t kHostFull8 = 255;
+inline constexpr int32_t kHostFixedOne = 16384;  // 1.0 in signed 2.14
+// 8-bit video range: black at 16, white 219 steps higher (235); the colour of
+// MFIF_BGRA_RAW_32_VIDEO and the luma of the 8-bit Cb Y Cr Y formats.
+inline constexpr int32_t kHostVideoBlack = 16;
+inline constexpr int32_t kHostVideoSpan = 219;
+// 8-bit chroma: no colour at 128, and 224 steps from -0.5 to 0.5 (16 to 240).
+inline constexpr int32_t kHostChromaZero = 128;
+inline constexpr int32_t kHostChromaSpan = 224;
+
+// The full scale of an R G B A or alpha sample of `sampleBytes` bytes, as a float.
+constexpr float hostFullScale(int32_t sampleBytes)
+{
+    return sampleBytes == 1 ? static_cast<float>(kHostFull8)
+           : sampleBytes == 2 ? static_cast<float>(kHostFixedOne)
+                              : 1.0f;
+}
+
 struct HostFormatGeometry {
     int32_t code;             // 1..16
     const char* name;         // "MFIF_RGBA_RAW_32", ...
@@ -24,6 +47,7 @@ struct HostFormatGeometry {
     bool bottomUp;
     bool pairs;               // Cb Y Cr Y
     bool matrix709;           // pairs in the high-definition (709) colour matrix, else 601
+    bool videoRange;          // B G R A at 8 bits, colour in video range, alpha full range
 };
 
 inline constexpr int32_t kHostFormatCount = 16;

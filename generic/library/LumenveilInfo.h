@@ -11,18 +11,7 @@
 #include "generic/library/ControlVZ.h"
 #include "generic/library/CrosshairOverlayVZ.h"
 #include "generic/library/ImageSlot.h"
-
-// `Shape` as the render sees it: the property's list index plus one.
-enum LumenveilShape : int32_t {
-    SHAPE_CIRCLE = 1,
-    SHAPE_ELLIPSE = 2,
-    SHAPE_POLYGON = 3,
-    SHAPE_IMAGE = 4,
-};
-
-// The Shape list's texts, in list order.
-inline constexpr const char* kShapeNames[] = {"Circle", "Ellipse", "Polygon", "Image"};
-inline constexpr int kShapeCount = 4;
+#include "hostsdk/lumenveil_shape.h"
 
 // First page widget of each control; the others follow it.
 enum LumenveilControlId : uint32_t {

@@ -2,6 +2,7 @@
 // defaults, then Execute with presets, formats, selectors, fields and clones.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <numeric>
@@ -17,12 +18,13 @@
 #include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/IDSPointSpread.h"
 #include "hostsdk/IDSProperties.h"
+#include "hostsdk/IDSTransformNeeds.h"
 #include "hostsdk/com.h"
 #include "hostsdk/image_format_geometry.h"
 #include "hostsdk/image_formats.h"
 #include "hostsdk/module_library.h"
 #include "hostsdk/registration.h"
-#include "vzlibs/fftlib/fft_mode_environment.h"
+#include "vzlibs/fftlib/fft_modes.h"
 
 namespace {
 
@@ -130,7 +132,7 @@ TEST_F(Module, NewEffectHasTheDefaultsAndItsIdentity)
         {&PROPID_Sides, 6},     {&PROPID_Rotation, 0.0},  {&PROPID_BrightEmphasis, 50.0}, {&PROPID_EmphasiseAlpha, 0},
         {&PROPID_CentreX, 0.5}, {&PROPID_CentreY, 0.5},   {&PROPID_RadiusPSF1, 0.1},      {&PROPID_RadiusPSF2, 0.15},
         {&PROPID_ChangeCount, 0}, {&PROPID_ExtremePrecision, 0}, {&PROPID_Linear, 0},
-        {&PROPID_HighlightEmphasis, 1.0}, {&PROPID_HighlightThreshold, 1.0}};
+        {&PROPID_HighlightEmphasis, 1.0}, {&PROPID_HighlightThreshold, 1.0}, {&PROPID_Engine, 0}};  // faithful
     for (const auto& [guid, value] : defaults)
         EXPECT_EQ(get(effect.p, *guid), value) << FormatGuid(*guid);
     EXPECT_NE(lumenveilOf(effect.p), nullptr);
@@ -197,6 +199,7 @@ TEST_F(Execute, PresetRoundTripGivesTheSameFrameAndBadPresetsChangeNothing)
     set(effect.p, PROPID_Shape, 2);
     set(effect.p, PROPID_Sides, 5);
     set(effect.p, PROPID_BrightEmphasis, 1.25);
+    set(effect.p, PROPID_Engine, 2);
     ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_Rotation, 0.0, 0.0), S_OK);
     ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_Rotation, 1.0, 72.0), S_OK);
     std::string saved, error, before, after;
@@ -208,6 +211,7 @@ TEST_F(Execute, PresetRoundTripGivesTheSameFrameAndBadPresetsChangeNothing)
     connect(other.p, otherOut.p);
     ASSERT_EQ(properties(other.p)->LoadPresetText(saved, &error), S_OK) << error;
     EXPECT_EQ(get(other.p, PROPID_Rotation, 0.5), 36.0);
+    EXPECT_EQ(get(other.p, PROPID_Engine), 2);
     EXPECT_EQ(run(other.p, otherOut.p, 0.3), original);
     EXPECT_NE(lumenveilOf(other.p), lumenveilOf(effect.p));  // the handle is never loaded
 
@@ -260,6 +264,69 @@ TEST_F(Execute, ParametersReachTheRenderAtTheFrameTimeAndAKeyedRadiusRebuildsOnl
                            fx->centre.y, fx->radiusPsf1.value, fx->radiusPsf2.value};
     for (size_t i = 0; i < std::size(values); ++i)
         EXPECT_EQ(read[i], values[i].second + (i == 0 ? 1 : 0)) << i;  // Shape codes count from 1
+}
+
+TEST_F(Execute, TransformNeedsFollowTheApertureAtItsTimeAndTheEngine)
+{
+    auto powerOfTwo = [](int64_t n) { int64_t s = 1; while (s < n) s *= 2; return s; };
+    auto smooth = [](int64_t n) {  // the smallest number at or above n without a prime factor above 7
+        for (;; ++n) {
+            int64_t rest = n;
+            for (int p : {2, 3, 5, 7})
+                while (rest % p == 0)
+                    rest /= p;
+            if (rest == 1)
+                return n;
+        }
+    };
+    struct Case {
+        int shape;
+        double radiusX, radiusY, psf1, psf2;
+        int w, h;
+        float reach;  // radii are fractions of the width, x 0.5; image: inner + max(outer - inner, 1)
+    } cases[] = {
+        {0, 0.2, 0.3, 0.1, 0.1, 1000, 600, float(0.2 * 0.5 * 1000)},
+        {2, 0.01, 0.3, 0.1, 0.1, 200, 150, float(0.3 * 0.5 * 200)},  // Match Radii off
+        {0, 0.0, 0.3, 0.1, 0.1, 200, 150, 0.5f},                     // at least half a pixel
+        {3, 0.2, 0.2, 0.3, 0.1, 100, 90, 5.0f + 10.0f},              // inner 5, softness 15 - 5
+        {3, 0.2, 0.2, 0.2, 0.2, 100, 90, 10.0f + 1.0f},              // softness 0 counts as 1
+        {0, 0.3, 0.3, 0.1, 0.1, 8000, 40, float(0.3 * 0.5 * 8000)},  // too large
+    };
+    ComRef<IDSTransformNeeds> ask = ComRef<IDSTransformNeeds>::Query(effect.p, IID_IDSTransformNeeds);
+    ASSERT_TRUE(ask);
+    set(effect.p, PROPID_MatchRadii, 0);
+    for (const Case& c : cases) {
+        set(effect.p, PROPID_Shape, c.shape);
+        // RadiusX keyed: c.radiusX at 1 s, twice that at 3 s; asked at 1 s.
+        ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_RadiusX, 1.0, c.radiusX), S_OK);
+        ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_RadiusX, 3.0, 2 * c.radiusX), S_OK);
+        for (const auto& [guid, value] : {std::pair{&PROPID_RadiusY, c.radiusY}, {&PROPID_RadiusPSF1, c.psf1},
+                                          {&PROPID_RadiusPSF2, c.psf2}})
+            set(effect.p, *guid, value);
+        const int64_t margin = int64_t(std::ceil(c.reach)) + 1;
+        const int64_t side = powerOfTwo(std::max(c.w, c.h) + 2 * margin);
+        for (int engine : {0, 1, DS_ENGINE_CURRENT}) {  // faithful, fast, and the property's (fast-float)
+            set(effect.p, PROPID_Engine, 2);
+            DSTransformNeeds n{};
+            ASSERT_EQ(ask->GetTransformNeeds(c.w, c.h, 1.0, engine, &n), S_OK);
+            EXPECT_EQ(n.reach, c.reach) << c.shape << " " << c.w;
+            EXPECT_EQ(n.margin, margin);
+            EXPECT_EQ(n.width, engine == 0 ? side : smooth(c.w + 2 * margin));
+            EXPECT_EQ(n.height, engine == 0 ? side : smooth(c.h + 2 * margin));
+            EXPECT_EQ(n.fits, std::max(n.width, n.height) <= 8192 ? 1 : 0);
+        }
+    }
+    DSTransformNeeds n{};
+    EXPECT_EQ(ask->GetTransformNeeds(0, 10, 0.0, 0, &n), E_INVALIDARG);
+    EXPECT_EQ(ask->GetTransformNeeds(10, 10, 0.0, 3, &n), E_INVALIDARG);
+    EXPECT_EQ(ask->GetTransformNeeds(10, 10, 0.0, 0, nullptr), E_POINTER);
+
+    // The engine is made in the property's mode when the effect renders.
+    for (const auto& [value, mode] : {std::pair{1, FFT_MODE_FAST}, {0, FFT_MODE_FFTW}, {2, FFT_MODE_FAST_FLOAT}}) {
+        set(effect.p, PROPID_Engine, value);
+        run(effect.p, output.p);
+        EXPECT_EQ(lumenveilOf(effect.p)->engine->mode, uint32_t(mode));
+    }
 }
 
 TEST_F(Execute, EveryKnownOutputFormatRendersAndBadFramesLeaveTheOutputUntouched)

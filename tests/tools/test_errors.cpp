@@ -56,6 +56,8 @@ TEST_F(Errors, UsageErrorsExitTwo)
     expectRefused({"render", "in.png", "-o", "keep.png", "--frames", "0-3"}, 2, "--frames needs a sequence");
     expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "zip:fast"}, 2, "is not a compression");
     expectRefused({"render", "in.%04d.png", "-o", "out.png", "--frames", "0-3"}, 2, "OUTPUT needs a frame number");
+    expectRefused({"render", "in.%04d.png", "-o", "o.%04d.png", "--frames", "0-3", "--psf", "p.png"}, 2,
+                  "--psf needs a frame number");
     expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png", "--frames", "3-1"}, 2, "ends before it starts");
     expectRefused({"render", "in.%04d.png", "-o", "out.%04d.png"}, 2, "--frames A-B");
     expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "MFIF_CbYCrY709A_FLOAT"}, 2,
@@ -105,6 +107,9 @@ TEST_F(Errors, FrameTooLargeForTheTransformSaysWhatFits)
     const int margin = int(std::ceil(float(0.1 * 0.5 * widest))) + 1;
     expectRefused({"render", "wide.png", "-o", "keep.png", "--radius-x", "0.1"}, 1,
                   "up to " + std::to_string(widest) + " wide and " + std::to_string(8192 - 2 * margin) + " high");
+    // The fast engine sizes each side by itself: 8000 + 2 x 401 = 8802 rounds up to 8820 = 2^2 3^2 5 7^2.
+    expectRefused({"render", "wide.png", "-o", "keep.png", "--radius-x", "0.1", "--engine", "fast"}, 1,
+                  "needs a transform of 8820, above the largest, 8192");
 }
 
 }  // namespace

@@ -5,11 +5,12 @@
 
 #include "tools/lumenveil/cli_error.h"
 
-std::array<int32_t, 4> channelSelectors(const std::string& keep, bool matte)
+std::array<int32_t, DS_CHANNEL_PLACES> channelSelectors(const std::string& keep, bool matte)
 {
-    // Selector position of each channel, R G B A.
-    constexpr int kPosition[4] = {0, 2, 1, 3};
-    std::array<int32_t, 4> selectors = {1, 1, 1, 1};
+    // The place of each channel of "rgba".
+    constexpr DSChannelPlace kPlace[4] = {DS_PLACE_RED, DS_PLACE_GREEN, DS_PLACE_BLUE, DS_PLACE_ALPHA};
+    std::array<int32_t, DS_CHANNEL_PLACES> selectors = {DS_CHANNEL_EFFECT, DS_CHANNEL_EFFECT, DS_CHANNEL_EFFECT,
+                                                        DS_CHANNEL_EFFECT};
     std::stringstream names(keep);
     std::string name;
     while (std::getline(names, name, ',')) {
@@ -19,12 +20,12 @@ std::array<int32_t, 4> channelSelectors(const std::string& keep, bool matte)
         const size_t c = name.size() == 1 ? channels.find(static_cast<char>(std::tolower(name[0]))) : std::string::npos;
         if (c == std::string::npos)
             throw UsageError("--keep: \"" + name + "\" is not a channel (r, g, b or a)");
-        selectors[kPosition[c]] = 0;
+        selectors[kPlace[c]] = DS_CHANNEL_KEEP;
     }
     if (matte) {
-        if (selectors[3] == 0)
+        if (selectors[DS_PLACE_ALPHA] == DS_CHANNEL_KEEP)
             throw UsageError("--keep a and --matte cannot be combined: --matte already takes alpha from the input");
-        selectors[3] = 2;
+        selectors[DS_PLACE_ALPHA] = DS_CHANNEL_MATTE;
     }
     return selectors;
 }

@@ -5,10 +5,11 @@
 #include <cstdint>
 #include <string>
 
-// Selectors for SetChannelMask: 1 (processed) for every channel but those
-// named in `keep` ("r,g,b,a", any subset), which are 0 (taken unchanged from
-// the input); with `matte` the fourth is 2 (the input's alpha is the
-// effect's matte). The effect reads red from the first selector, green from
-// the third, blue from the second, alpha from the fourth. UsageError for an
-// unknown channel name, or keeping alpha together with --matte.
-std::array<int32_t, 4> channelSelectors(const std::string& keep, bool matte);
+#include "hostsdk/IDSImageEffect.h"
+
+// Selectors for SetChannelMask, in its places (DSChannelPlace): the effect's
+// result for every channel but those named in `keep` ("r,g,b,a", any
+// subset), which are kept as the input has them; with `matte` the input's
+// alpha is the effect's matte. UsageError for an unknown channel name, or
+// keeping alpha together with --matte.
+std::array<int32_t, DS_CHANNEL_PLACES> channelSelectors(const std::string& keep, bool matte);

@@ -7,7 +7,7 @@
 
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSProperties.h"
-#include "tools/lumenveil/com_ref.h"
+#include "hostsdk/com.h"
 #include "tools/lumenveil/parameter_table.h"
 
 class EffectInstance {

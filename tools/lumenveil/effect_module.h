@@ -7,7 +7,7 @@
 
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/module_library.h"
-#include "tools/lumenveil/com_ref.h"
+#include "hostsdk/com.h"
 
 // The effect's class, and the class of its interactive tool (the viewer overlay).
 inline constexpr GUID kEffectClassId = {0x6888FDA5, 0x1F1F, 0x4662, {0x9C, 0x9E, 0x07, 0x65, 0x50, 0x6D, 0x80, 0xEA}};

@@ -11,10 +11,6 @@
 
 namespace {
 
-// Full scale of an RGBA or alpha sample: 255 at 8 bits, 16384 in 2.14 fixed
-// point, 1.0 in float.
-float fullScale(int32_t sampleBytes) { return sampleBytes == 1 ? 255.0f : sampleBytes == 2 ? 16384.0f : 1.0f; }
-
 // One sample of `sampleBytes` bytes; integer samples are rounded to nearest.
 void putSample(uint8_t* at, int32_t sampleBytes, float v)
 {
@@ -47,14 +43,12 @@ float getSample(const uint8_t* at, int32_t sampleBytes)
 // chunk stays in cache between the host image and the file.
 constexpr int32_t kChunkRows = 16;
 
-// MFIF_BGRA_RAW_32_VIDEO: B G R A, colour in video range, alpha full range.
-constexpr int32_t kVideoBgraCode = 2;
-// Video range at 8 bits: 16 is black, 235 white.
-constexpr float kVideoBlack = 16.0f;
-constexpr float kVideoSpan = 219.0f;
-// Cb and Cr at 8 bits: 128 is no colour, 224 the span from -0.5 to 0.5.
-constexpr float kChromaZero = 128.0f;
-constexpr float kChromaSpan = 224.0f;
+// The host formats' scales as floats.
+constexpr float kVideoBlack = static_cast<float>(kHostVideoBlack);
+constexpr float kVideoSpan = static_cast<float>(kHostVideoSpan);
+constexpr float kChromaZero = static_cast<float>(kHostChromaZero);
+constexpr float kChromaSpan = static_cast<float>(kHostChromaSpan);
+constexpr float kFixedOne = static_cast<float>(kHostFixedOne);
 
 // Luma weights of red and blue in the two matrices; green has the rest.
 struct LumaWeights {
@@ -87,29 +81,29 @@ void fromYuv(const Yuv& c, LumaWeights k, float* rgb)
 }
 
 // Sample values of luma and chroma at each depth: video range at 8 bits,
-// 16384 for 1.0 in 2.14, as they are in float.
+// kHostFixedOne for 1.0 in 2.14, as they are in float.
 float lumaSample(float y, int32_t sampleBytes)
 {
-    return sampleBytes == 1 ? kVideoBlack + y * kVideoSpan : sampleBytes == 2 ? y * 16384.0f : y;
+    return sampleBytes == 1 ? kVideoBlack + y * kVideoSpan : sampleBytes == 2 ? y * kFixedOne : y;
 }
 float chromaSample(float c, int32_t sampleBytes)
 {
-    return sampleBytes == 1 ? kChromaZero + c * kChromaSpan : sampleBytes == 2 ? c * 16384.0f : c;
+    return sampleBytes == 1 ? kChromaZero + c * kChromaSpan : sampleBytes == 2 ? c * kFixedOne : c;
 }
 float lumaOf(float s, int32_t sampleBytes)
 {
-    return sampleBytes == 1 ? (s - kVideoBlack) / kVideoSpan : sampleBytes == 2 ? s / 16384.0f : s;
+    return sampleBytes == 1 ? (s - kVideoBlack) / kVideoSpan : sampleBytes == 2 ? s / kFixedOne : s;
 }
 float chromaOf(float s, int32_t sampleBytes)
 {
-    return sampleBytes == 1 ? (s - kChromaZero) / kChromaSpan : sampleBytes == 2 ? s / 16384.0f : s;
+    return sampleBytes == 1 ? (s - kChromaZero) / kChromaSpan : sampleBytes == 2 ? s / kFixedOne : s;
 }
 
-// `pixels` RGBA pixels of floats to samples of T (full scale 255, 16384 or
-// 1.0), and back.
+// `pixels` RGBA pixels of floats to samples of T (at the full scale of its
+// size), and back.
 template <typename T> void storeRgbaSamples(const float* from, int32_t pixels, uint8_t* to)
 {
-    const float full = fullScale(sizeof(T));
+    const float full = hostFullScale(sizeof(T));
     for (int32_t i = 0; i < pixels * 4; ++i) {
         const float v = clampUnit(from[i]) * full;
         T sample;
@@ -123,7 +117,7 @@ template <typename T> void storeRgbaSamples(const float* from, int32_t pixels, u
 
 template <typename T> void loadRgbaSamples(const uint8_t* from, int32_t pixels, float* to)
 {
-    const float full = fullScale(sizeof(T));
+    const float full = hostFullScale(sizeof(T));
     for (int32_t i = 0; i < pixels * 4; ++i) {
         T sample;
         std::memcpy(&sample, from + i * sizeof(T), sizeof(T));
@@ -162,7 +156,7 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
             putSample(pair + 2 * bytes, bytes, chromaSample((a.cr + b.cr) / 2.0f, bytes));
             putSample(pair + 3 * bytes, bytes, lumaSample(b.y, bytes));
         }
-    } else if (format.code != kVideoBgraCode) {
+    } else if (!format.videoRange) {
         // R G B A samples in pixel order, the row's pixels side by side
         // (columns and width agree for these formats): one loop over them all.
         if (bytes == 1)
@@ -178,12 +172,12 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
             uint8_t* pixel = to.colour + static_cast<size_t>(x) * 4;
             for (int c = 0; c < 3; ++c)
                 putSample(pixel + (2 - c), 1, kVideoBlack + clampUnit(p[c]) * kVideoSpan);
-            putSample(pixel + 3, 1, clampUnit(p[3]) * fullScale(1));
+            putSample(pixel + 3, 1, clampUnit(p[3]) * hostFullScale(1));
         }
     }
     if (to.alpha)
         for (int32_t x = 0; x < columns; ++x)
-            putSample(to.alpha + static_cast<size_t>(x) * bytes, bytes, clampUnit(at(x)[3]) * fullScale(bytes));
+            putSample(to.alpha + static_cast<size_t>(x) * bytes, bytes, clampUnit(at(x)[3]) * hostFullScale(bytes));
 }
 
 template <typename PixelAt>
@@ -198,7 +192,7 @@ void loadRow(const HostFormatGeometry& format, int32_t width, RowAt from, PixelA
                         chromaOf(getSample(pair, bytes), bytes), chromaOf(getSample(pair + 2 * bytes, bytes), bytes)};
             fromYuv(c, k, at(x));
         }
-    } else if (format.code != kVideoBgraCode) {
+    } else if (!format.videoRange) {
         if (bytes == 1)
             loadRgbaSamples<uint8_t>(from.colour, width, at(0));
         else if (bytes == 2)
@@ -211,12 +205,12 @@ void loadRow(const HostFormatGeometry& format, int32_t width, RowAt from, PixelA
             float* p = at(x);
             for (int c = 0; c < 3; ++c)
                 p[c] = (getSample(pixel + (2 - c), 1) - kVideoBlack) / kVideoSpan;
-            p[3] = getSample(pixel + 3, 1) / fullScale(1);
+            p[3] = getSample(pixel + 3, 1) / hostFullScale(1);
         }
     }
     if (from.alpha)
         for (int32_t x = 0; x < width; ++x)
-            at(x)[3] = getSample(from.alpha + static_cast<size_t>(x) * bytes, bytes) / fullScale(bytes);
+            at(x)[3] = getSample(from.alpha + static_cast<size_t>(x) * bytes, bytes) / hostFullScale(bytes);
 }
 
 }  // namespace

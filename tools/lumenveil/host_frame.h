@@ -7,7 +7,7 @@
 
 #include "hostsdk/IDSImage.h"
 #include "hostsdk/image_format_geometry.h"
-#include "tools/lumenveil/com_ref.h"
+#include "hostsdk/com.h"
 
 // The number of rows handed to the effect: the frame's height, or with
 // `wholeRows` that height rounded up to a multiple of four, because the

@@ -11,6 +11,8 @@ OverlayPainter::OverlayPainter(const EffectModule& module, EffectInstance& effec
     object = module.CreateObject(kToolClassId, &status);
     if (object)
         status = object->QueryInterface(IID_IDSInteractiveTool, reinterpret_cast<void**>(&tool));
+    if (tool)
+        toolReference = ComRef<IUnknown>(object.get());  // the reference the query added
     if (!tool) {
         char code[16];
         std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
@@ -27,7 +29,6 @@ OverlayPainter::~OverlayPainter()
     if (tool) {
         tool->OnLinkToViewer(nullptr);
         tool->OnLinkToOperator(nullptr);
-        object->Release();  // the reference the interface query added
     }
 }
 

@@ -8,7 +8,7 @@
 #include "hostsdk/PropertiesOperator.h"
 #include "hostsdk/rgba_image.h"
 #include "hostsdk/viewer.h"
-#include "tools/lumenveil/com_ref.h"
+#include "hostsdk/com.h"
 #include "tools/lumenveil/effect_instance.h"
 #include "tools/lumenveil/effect_module.h"
 
@@ -26,7 +26,8 @@ public:
 
 private:
     ComRef<IUnknown> object;
-    CDSInteractiveTool* tool = nullptr;  // holds one reference on `object`
+    CDSInteractiveTool* tool = nullptr;  // the tool part of `object`
+    ComRef<IUnknown> toolReference;      // the reference that `tool` came with
     std::unique_ptr<PropertiesOperator> linkedOperator;
     VWViewer viewer;
 };

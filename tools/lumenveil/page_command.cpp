@@ -15,12 +15,13 @@ void printPage(const EffectModule& module, const ParameterOptions& parameters)
     CDSPropertyPage* page = nullptr;
     if (object)
         object->QueryInterface(IID_IDSPropertyPage, reinterpret_cast<void**>(&page));
+    // The page part is no IUnknown: the reference the query added is the object's.
+    const ComRef<IUnknown> pageReference(page ? object.get() : nullptr);
     if (!page)
         throw Failure("the effect module has no property page to show");
     status = page->OpenOn(effect.Object());
     const std::string text = SUCCEEDED(status) ? page->DescribeState() : std::string();
     page->Close();
-    object->Release();  // the reference the interface query added
     if (FAILED(status))
         throw Failure("the property page would not open on the effect");
     std::fputs(text.c_str(), stdout);

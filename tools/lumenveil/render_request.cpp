@@ -1,7 +1,5 @@
 #include "tools/lumenveil/render_request.h"
 
-#include "tools/lumenveil/engine_choice.h"
-
 void addRenderOptions(CLI::App& command, RenderRequest& r)
 {
     command.add_option("INPUT", r.input,
@@ -54,11 +52,5 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
     command.add_option("--psf", r.psf,
                        "Also write the point-spread picture the effect used for the frame: the image of one point "
                        "of light through the aperture, grey, of the frame's size (with its padded rows)");
-    std::string engines;
-    for (const EngineChoice& choice : engineChoices())
-        engines += std::string("; ") + choice.name + ": " + choice.help;
-    command.add_option("--engine", r.engine, "Transform back end" + engines)
-        ->check(CLI::IsMember(engineNames()))
-        ->capture_default_str();
     command.add_flag("-q,--quiet", r.quiet, "No progress line on stderr");
 }

@@ -21,7 +21,6 @@ struct RenderRequest {
     std::string compression;
     std::string keep;
     std::string fields = "both";
-    std::string engine = "faithful";
     std::vector<std::string> keys;
     double rate = 25.0;
     double pixelAspect = 1.0;

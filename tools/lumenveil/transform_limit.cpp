@@ -1,73 +1,71 @@
 #include "tools/lumenveil/transform_limit.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
+
+#include "hostsdk/IDSTransformNeeds.h"
+#include "tools/lumenveil/cli_error.h"
 
 namespace {
 
-// The value of the parameter named `name` at `time`, or `fallback` when the
-// module has no such parameter.
-double valueOf(const EffectInstance& effect, const char* name, double time, double fallback)
-{
-    const Parameter* p = findParameter(effect.Parameters(), name);
-    return p ? effect.Get(*p, time) : fallback;
-}
+class TransformQuestion {
+public:
+    TransformQuestion(const EffectInstance& effect, double time)
+        : needs(ComRef<IDSTransformNeeds>::Query(effect.Object(), IID_IDSTransformNeeds)), time(time)
+    {
+        if (!needs)
+            throw Failure("the effect does not say what its transform needs");
+    }
 
-// Pixel radius of a width fraction, rounded to 32 bits as the effect does.
-float pixelRadius(double fraction, int32_t width) { return static_cast<float>(fraction * 0.5 * width); }
+    DSTransformNeeds Ask(int32_t width, int32_t height) const
+    {
+        DSTransformNeeds answer{};
+        if (FAILED(needs->GetTransformNeeds(width, height, time, DS_ENGINE_CURRENT, &answer)))
+            throw Failure("the effect cannot say what its transform needs for a " + std::to_string(width) + " x " +
+                          std::to_string(height) + " frame");
+        return answer;
+    }
 
-int64_t nextPowerOfTwo(int64_t n)
-{
-    int64_t p = 1;
-    while (p < n)
-        p *= 2;
-    return p;
-}
+    // The largest n from 1 to `most` for which fits(n) holds, where it holds
+    // up to some n and not above it (the reach does not shrink as a frame
+    // grows); 1 when it holds for none.
+    template <typename Fits> int32_t Largest(int64_t most, Fits fits) const
+    {
+        int32_t low = 1, high = static_cast<int32_t>(std::min<int64_t>(most, INT32_MAX));
+        while (low < high) {
+            const int32_t middle = low + (high - low + 1) / 2;
+            if (fits(middle))
+                low = middle;
+            else
+                high = middle - 1;
+        }
+        return low;
+    }
+
+private:
+    ComRef<IDSTransformNeeds> needs;
+    double time;
+};
 
 }  // namespace
 
-double blurReach(const EffectInstance& effect, int32_t width, double time)
-{
-    const int shape = static_cast<int>(valueOf(effect, "Shape", time, 0));
-    if (shape == 3) {  // image: the cut-out with its soft rim
-        float a = pixelRadius(valueOf(effect, "RadiusPSF1", time, 0.1), width);
-        float b = pixelRadius(valueOf(effect, "RadiusPSF2", time, 0.15), width);
-        if (b < a)
-            std::swap(a, b);
-        return a + std::max(b - a, 1.0f);
-    }
-    const float r1 = std::max(pixelRadius(valueOf(effect, "RadiusX", time, 0.03), width), 0.5f);
-    float r2 = r1;
-    const bool matched = valueOf(effect, "Match Radii", time, 1) != 0;
-    if (shape == 1 || (shape == 2 && !matched))
-        r2 = std::max(pixelRadius(valueOf(effect, "RadiusY", time, 0.03), width), 0.5f);
-    return std::max(r1, r2);
-}
-
-int64_t transformSide(int32_t width, int32_t height, double reach)
-{
-    const int64_t margin = static_cast<int64_t>(std::ceil(reach)) + 1;
-    return nextPowerOfTwo(std::max<int64_t>(width, height) + 2 * margin);
-}
-
 std::string transformLimitProblem(const EffectInstance& effect, int32_t width, int32_t height, double time)
 {
-    const double reach = blurReach(effect, width, time);
-    const int64_t side = transformSide(width, height, reach);
-    if (side <= kLargestTransformSide)
+    const TransformQuestion question(effect, time);
+    const DSTransformNeeds needs = question.Ask(width, height);
+    if (needs.fits)
         return "";
     // The reach grows with the width: find the widest frame that fits, then
     // the height that fits beside it.
-    int32_t widest = static_cast<int32_t>(kLargestTransformSide);
-    while (widest > 1 && transformSide(widest, 1, blurReach(effect, widest, time)) > kLargestTransformSide)
-        --widest;
-    const int64_t margin = static_cast<int64_t>(std::ceil(blurReach(effect, widest, time))) + 1;
-    const int64_t tallest = kLargestTransformSide - 2 * margin;
+    const int32_t widest = question.Largest(needs.largestSide, [&](int32_t w) { return question.Ask(w, 1).fits; });
+    int32_t tallest = question.Largest(needs.largestSide, [&](int32_t h) { return question.Ask(widest, h).fits; });
+    if (!question.Ask(widest, tallest).fits)
+        tallest = 0;
     char reachText[32];
-    std::snprintf(reachText, sizeof reachText, "%.1f", reach);
+    std::snprintf(reachText, sizeof reachText, "%.1f", needs.reach);
+    const int64_t side = std::max(needs.width, needs.height);
     return "a " + std::to_string(width) + " x " + std::to_string(height) + " frame with a blur reach of " +
            reachText + " px needs a transform of " + std::to_string(side) + ", above the largest, " +
-           std::to_string(kLargestTransformSide) + "; at this radius frames up to " + std::to_string(widest) +
+           std::to_string(needs.largestSide) + "; at this radius frames up to " + std::to_string(widest) +
            " wide and " + std::to_string(tallest) + " high work";
 }

@@ -7,16 +7,17 @@
 #include <initializer_list>
 
 #include "vzlibs/baselib/machine.h"
-#include "vzlibs/fftlib/fft_mode_environment.h"
 #include "vzlibs/fftlib/fft_planes.h"
 #include "vzlibs/fftlib/fftw_process.h"
 
 namespace {
 
 // Mode 5 is taken as 4, and mode 4 may be turned into a fast mode by VZ_FFT_MODE.
-uint32_t resolveMode(uint32_t requested)
+uint32_t resolveMode(uint32_t requested, FftModeSource source)
 {
-    if (requested == 5 || requested == FFT_MODE_FFTW)
+    if (requested == 5)
+        requested = FFT_MODE_FFTW;
+    if (requested == FFT_MODE_FFTW && source == FFT_MODE_FOLLOWS_ENVIRONMENT)
         return fft_mode_from_environment();
     return requested;
 }
@@ -28,7 +29,7 @@ FftwPrecision precisionOf(uint32_t mode)
 
 }  // namespace
 
-FftEngine::FftEngine(uint32_t engineMode)
+FftEngine::FftEngine(uint32_t engineMode, FftModeSource source)
     : kernelSource(nullptr),
       inputImage(nullptr),
       kernelForwardPlan(nullptr),
@@ -60,7 +61,7 @@ FftEngine::FftEngine(uint32_t engineMode)
       emphasiseAlpha(0),
       jobOutput(nullptr),
       jobChannelBit(0),
-      borderMode(2),
+      borderMode(FFT_BORDER_REPEAT),
       psfImage(nullptr),
       status(FFT_OK),
       callbackContext(nullptr),
@@ -68,7 +69,7 @@ FftEngine::FftEngine(uint32_t engineMode)
       abortCheck(nullptr),
       pixelAspectX(1.0f),
       pixelAspectY(1.0f),
-      mode(resolveMode(engineMode)),
+      mode(resolveMode(engineMode, source)),
       plansMade(0),
       kernelsPrepared(0),
       kernelWidth(-1),
@@ -126,7 +127,7 @@ bool FftEngine::SetAbortCheck(void*, FftAbortCheck check)
 
 bool FftEngine::SetBorderMode(int newMode)
 {
-    if (newMode != 1 && newMode != 2) {
+    if (newMode != FFT_BORDER_LEAVE && newMode != FFT_BORDER_REPEAT) {
         status = FFT_ERR_ARGUMENT;
         return false;
     }
@@ -170,31 +171,6 @@ void FftEngine::RunRowJob(FftRowJob job, int count)
         rowRunner(callbackContext, job, count, this);
     else
         job(this, 0, count - 1);
-}
-
-int FftEngine::nextPowerOfTwo(int n, int* exponent)
-{
-    int value = 1;
-    int bits = 0;
-    while (value < n && value < (1 << 30)) {
-        value <<= 1;
-        ++bits;
-    }
-    if (exponent)
-        *exponent = bits;
-    return value;
-}
-
-int FftEngine::nextFastSize(int n)
-{
-    for (int size = n < 1 ? 1 : n;; ++size) {
-        int rest = size;
-        for (const int factor : {2, 3, 5, 7})
-            while (rest % factor == 0)
-                rest /= factor;
-        if (rest == 1)
-            return size;
-    }
 }
 
 // A runner may cut the count in four and drop the remainder, as the four-thread

@@ -4,7 +4,7 @@
 // convolves the channels of a frame with it (Run). Transforms are real FFTW
 // transforms, out of place, of paddedWidth x paddedHeight samples, the larger
 // side 2 to 8192; the engine's mode chooses the sizes and the precision (see the
-// FFT_MODE_ constants). Calls return a boolean and leave the reason for a failure in
+// FftMode). Calls return a boolean and leave the reason for a failure in
 // `status` (FftStatus). Plans and planes are kept from frame to frame and remade
 // only when the transform size changes.
 //
@@ -22,6 +22,7 @@
 #include <cstring>
 
 #include "vzlibs/fftlib/fft_codes.h"
+#include "vzlibs/fftlib/fft_modes.h"
 #include "vzlibs/fftlib/fft_single_planes.h"
 #include "vzlibs/fftlib/fft_status.h"
 #include "vzlibs/fftlib/fftw_precision.h"
@@ -47,16 +48,11 @@ enum FftResource : int {
 // non-zero answer makes that allocation or plan fail as if FFTW had refused it.
 typedef int (*FftFailureHook)(void* context, FftResource resource);
 
-// Back ends, the engine's `mode`. Mode 5 is taken as 4.
-// Square power-of-two transforms in double precision: what the effect creates.
-constexpr uint32_t FFT_MODE_FFTW = 4;
-// Width and height chosen apart, each the smallest size at or above the frame
-// plus twice the margin whose only prime factors are 2, 3, 5 and 7; double
-// precision. The picture is that of mode 4 to within rounding.
-constexpr uint32_t FFT_MODE_FAST = 6;
-// As FFT_MODE_FAST, with single-precision planes and transforms (FFTW's fftwf_
-// library); the pixel arithmetic of the load and store passes stays double.
-constexpr uint32_t FFT_MODE_FAST_FLOAT = 7;
+// How a constructor takes its mode.
+enum FftModeSource : int {
+    FFT_MODE_FOLLOWS_ENVIRONMENT = 0,  // FFT_MODE_FFTW (and 5) become the mode VZ_FFT_MODE names
+    FFT_MODE_AS_GIVEN = 1,             // the mode as given (5 is still taken as 4)
+};
 
 // One channel of float samples in memory: sample (x, y) at
 // samples[y * rowStride + x * step]. The channels of an interleaved R G B A
@@ -77,8 +73,9 @@ enum FftEdge : int {
 class FftEngine {
 public:
     // An engine asked for FFT_MODE_FFTW takes the mode that VZ_FFT_MODE names
-    // instead, if any (fft_mode_from_environment); other modes are taken as given.
-    explicit FftEngine(uint32_t mode = FFT_MODE_FFTW);
+    // instead, if any (fft_mode_from_environment), unless `source` says the
+    // mode is meant as given; other modes are taken as given.
+    explicit FftEngine(uint32_t mode = FFT_MODE_FFTW, FftModeSource source = FFT_MODE_FOLLOWS_ENVIRONMENT);
     virtual ~FftEngine();
 
     FftEngine(const FftEngine&) = delete;
@@ -89,7 +86,7 @@ public:
     // Stores the check; the first argument is dropped: the check gets the
     // context of SetRowRunner.
     bool SetAbortCheck(void* ignored, FftAbortCheck check);
-    // 1 leaves the margin alone, 2 repeats edge pixels into it. Else status 8.
+    // FFT_BORDER_LEAVE or FFT_BORDER_REPEAT (FftBorderMode). Else status 8.
     bool SetBorderMode(int mode);
     int GetStatus() const { return status; }
 
@@ -136,6 +133,30 @@ public:
 
     // Runs `job` over rows 0..count-1 through the runner, or inline without one.
     void RunRowJob(FftRowJob job, int count);
+
+    // The size rules, in one place for PrepareKernel, the PSF builders and any
+    // caller that asks ahead what a frame will need.
+    //
+    // The largest side of a transform in `mode`.
+    static int64_t LargestSide(uint32_t mode);
+    // The transform of `mode` for a width x height image with `margin` pixels
+    // kept on every side: mode 4 takes the next power of two of the larger of
+    // width and height plus twice the margin for both sides; the fast modes
+    // the next size of factors 2, 3, 5 and 7 for each side by itself. The
+    // sides go to *sideX and *sideY (whether or not they fit); true when the
+    // engine takes them (the larger side from 2 to LargestSide).
+    static bool TransformSize(uint32_t mode, int64_t width, int64_t height, uint32_t margin, int64_t* sideX,
+                              int64_t* sideY);
+    // The blur's reach in pixels of a shape kernel (BuildShapePsf): radius1
+    // when it is the greater, else radius2, before any clamp.
+    static float ShapePsfReach(float radius1, float radius2);
+    // The reach of an image kernel (BuildImagePsf): radius plus the softness,
+    // which is at least 1.
+    static float ImagePsfReach(float radius, float softness);
+    // The margin a PSF builder keeps for a reach: (int)ceil(reach) + 1. A reach
+    // too large to convert gives a margin beyond every transform side, and one
+    // at or below -2 a negative margin, which as unsigned is huge too.
+    static uint32_t PadMargin(float reach);
 
     // The smallest power of two at or above n (1 for n below 2); the exponent
     // goes to *exponent when asked.

@@ -6,14 +6,6 @@
 
 #include "vzlibs/fftlib/FftEngine.h"
 
-namespace {
-
-// Largest margin handed on; beyond every transform size, so PrepareKernel
-// refuses it with FFT_ERR_SIZE.
-constexpr float kMarginCeiling = 16777216.0f;  // 2^24
-
-}  // namespace
-
 bool FftEngine::BuildImagePsf(const ImageRec* source, int centreX, int centreY, float radius, float softness)
 {
     // A missing source is refused like a missing image in PrepareKernel; radii
@@ -28,12 +20,7 @@ bool FftEngine::BuildImagePsf(const ImageRec* source, int centreX, int centreY, 
     }
     if (softness < 1.0f)
         softness = 1.0f;
-    // (int)ceil(radius + softness) + 1; a reach too large to convert gets a
-    // margin that PrepareKernel refuses as a size error.
-    const float reach = std::ceil(radius + softness);
-    const uint32_t margin = reach < kMarginCeiling && reach > -kMarginCeiling
-                                ? static_cast<uint32_t>(static_cast<int32_t>(reach) + 1)
-                                : static_cast<uint32_t>(kMarginCeiling);
+    const uint32_t margin = PadMargin(ImagePsfReach(radius, softness));
 
     // Only integer samples have a top byte; float (and unknown) types are refused.
     const int type = source->sampleType;

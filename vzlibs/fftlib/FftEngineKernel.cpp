@@ -10,10 +10,6 @@
 
 namespace {
 
-// The range of either side of a transform.
-constexpr int kSmallestSide = 2;
-constexpr int kLargestSide = 8192;
-
 // Sample scales of the kernel read, single-precision constants widened to double.
 constexpr double kKernelScaleU8 = static_cast<double>(1.0f / 255.0f);
 constexpr double kKernelScaleU16 = static_cast<double>(1.0f / 65535.0f);
@@ -154,31 +150,15 @@ bool FftEngine::PrepareKernel(ImageRec* image, uint32_t margin)
     // the old spectrum in place, but Run will not use it for the new size.
     kernelWidth = kernelHeight = kernelPaddedWidth = kernelPaddedHeight = -1;
 
-    const int64_t wideMargin = 2 * static_cast<int64_t>(margin);
-    const int64_t needW = image->width + wideMargin;
-    const int64_t needH = image->height + wideMargin;
-    if (needW > kLargestSide || needH > kLargestSide) {
-        status = FFT_ERR_SIZE;
-        kernelSource = nullptr;
-        return false;
-    }
     // Mode 4: one power-of-two side S for both. Fast modes: each side the smallest
     // size of factors 2, 3, 5 and 7. Either way the larger side must lie in range.
-    int W, H;
-    if (fastSizes()) {
-        W = nextFastSize(static_cast<int>(needW));
-        H = nextFastSize(static_cast<int>(needH));
-    } else {
-        const int a = nextPowerOfTwo(static_cast<int>(needW));
-        const int b = nextPowerOfTwo(static_cast<int>(needH));
-        W = H = a > b ? a : b;
-    }
-    const int larger = W > H ? W : H;
-    if (larger < kSmallestSide || larger > kLargestSide) {
+    int64_t sideX, sideY;
+    if (!TransformSize(mode, image->width, image->height, margin, &sideX, &sideY)) {
         status = FFT_ERR_SIZE;
         kernelSource = nullptr;
         return false;
     }
+    const int W = static_cast<int>(sideX), H = static_cast<int>(sideY);
 
     if (W != paddedWidth || H != paddedHeight) {
         freePlanes();

@@ -16,29 +16,6 @@ constexpr float kEllipseStep = std::bit_cast<float>(0x3E00ADFDu);               
 constexpr float kTwoPi = std::bit_cast<float>(0x40C90FDBu);                     // 6.2831855
 static_assert(kDegreesToRadians == 0.017453292f && kEllipseStep == 0.12566371f && kTwoPi == 6.2831855f);
 
-enum ShapeCode : int {
-    SHAPE_ELLIPSE = 1,
-    SHAPE_POLYGON = 2,
-    SHAPE_STREAK = 3,
-    SHAPE_BAR = 4,
-};
-
-// Largest margin handed on from a radius; any margin this large is beyond
-// every transform size, so PrepareKernel refuses it with FFT_ERR_SIZE.
-constexpr float kMarginCeiling = 16777216.0f;  // 2^24
-
-// Pad margin: (int)ceil(larger radius) + 1, from the radii as they came in.
-// A radius too large to convert gives kMarginCeiling. A radius at or below -2
-// gives a negative margin, which reaches PrepareKernel as a huge unsigned value;
-// both are refused there as size errors.
-uint32_t padMarginOf(float larger)
-{
-    const float up = std::ceil(larger);
-    if (!(up < kMarginCeiling && up > -kMarginCeiling))
-        return static_cast<uint32_t>(kMarginCeiling);
-    return static_cast<uint32_t>(static_cast<int32_t>(up) + 1);
-}
-
 inline float atLeastOne(float radius) { return radius < 1.0f ? 1.0f : radius; }
 
 // `vertices` points around an ellipse of radii r1 (x) and r2 (y), turned by
@@ -96,13 +73,14 @@ bool FftEngine::BuildShapePsf(int width, int height, int shape, float radius1, f
     // Values that would make the polygon's vertices infinite or not numbers are
     // refused before anything changes: such a polygon paints nothing, and the
     // empty picture would make a kernel of NaNs.
-    if (shape >= SHAPE_ELLIPSE && shape <= SHAPE_BAR &&
+    if (shape >= FFT_SHAPE_ELLIPSE && shape <= FFT_SHAPE_BAR &&
         !(std::isfinite(radius1) && std::isfinite(radius2) && std::isfinite(rotation) && std::isfinite(ax) &&
           std::isfinite(ay))) {
         status = FFT_ERR_ARGUMENT;
         return false;
     }
-    const uint32_t margin = padMarginOf(radius1 > radius2 ? radius1 : radius2);
+    // The margin comes from the radii as they came in, before the clamps below.
+    const uint32_t margin = PadMargin(ShapePsfReach(radius1, radius2));
 
     if (!acquirePsfImage(width, height))
         return false;
@@ -115,11 +93,11 @@ bool FftEngine::BuildShapePsf(int width, int height, int shape, float radius1, f
     PolygonList polygon;
     polygon.count = 0;
     switch (shape) {
-    case SHAPE_ELLIPSE:
+    case FFT_SHAPE_ELLIPSE:
         roundPolygon(polygon, POLYGON_MAX_VERTICES, kEllipseStep, atLeastOne(radius1), atLeastOne(radius2),
                      rotation * kDegreesToRadians, ax, ay, centreX, centreY);
         break;
-    case SHAPE_POLYGON: {
+    case FFT_SHAPE_POLYGON: {
         // Fewer than three sides make a triangle. More than the list's 50 places
         // (only the page limits Sides, to 20) are limited to 50: a 50-sided
         // polygon is already the round aperture the count tends to.
@@ -128,9 +106,9 @@ bool FftEngine::BuildShapePsf(int width, int height, int shape, float radius1, f
                      rotation * kDegreesToRadians, ax, ay, centreX, centreY);
         break;
     }
-    case SHAPE_STREAK:
-    case SHAPE_BAR:
-        rectanglePolygon(polygon, shape == SHAPE_BAR, radius1, radius2, rotation, ax, ay, centreX, centreY);
+    case FFT_SHAPE_STREAK:
+    case FFT_SHAPE_BAR:
+        rectanglePolygon(polygon, shape == FFT_SHAPE_BAR, radius1, radius2, rotation, ax, ay, centreX, centreY);
         break;
     default:
         break;  // no shape: the cleared image goes on

@@ -1,5 +1,5 @@
-// Named codes of FftEngine's calls: the aperture shapes of BuildShapePsf and the
-// channel masks of Run.
+// Named codes of FftEngine's calls: the aperture shapes of BuildShapePsf, the
+// border modes of SetBorderMode and the channel masks of Run.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,12 @@ enum FftShape : int {
     FFT_SHAPE_POLYGON = 2,  // regular polygon of `sides` sides, at least 3
     FFT_SHAPE_STREAK = 3,   // rectangle that starts at the centre and runs outward
     FFT_SHAPE_BAR = 4,      // rectangle shifted back along its length
+};
+
+// What fills the transform's margin around the image, SetBorderMode's values.
+enum FftBorderMode : int {
+    FFT_BORDER_LEAVE = 1,   // the margin is left as it is
+    FFT_BORDER_REPEAT = 2,  // the image's edge pixels are repeated out to the plane's edges (the default)
 };
 
 // Channel bits of Run's mask: the three colour channels are required.

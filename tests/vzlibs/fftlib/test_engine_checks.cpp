@@ -12,7 +12,7 @@
 #include "generic/library/PluginVZ.h"
 #include "vzlibs/baselib/heap.h"
 #include "tests/vzlibs/baselib/test_support.h"
-#include "vzlibs/fftlib/fft_mode_environment.h"
+#include "vzlibs/fftlib/fft_modes.h"
 
 using namespace enginetest;
 

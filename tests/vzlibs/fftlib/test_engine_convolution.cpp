@@ -10,7 +10,7 @@
 
 #include "engine_test_support.h"
 #include "generic/library/PluginVZ.h"
-#include "vzlibs/fftlib/fft_mode_environment.h"
+#include "vzlibs/fftlib/fft_modes.h"
 
 using namespace enginetest;
 

@@ -1,0 +1,229 @@
+#include "tools/lumenveil/frame_pipeline.h"
+
+#include <cstdio>
+#include <cstring>
+#include <future>
+#include <optional>
+#include <vector>
+
+#include "hostsdk/IDSPointSpread.h"
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/host_frame.h"
+#include "tools/lumenveil/interrupt.h"
+#include "tools/lumenveil/progress_meter.h"
+
+namespace {
+
+std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_string(h); }
+
+// The effect's point-spread image of the frame just rendered, as a grey picture.
+ImageFrame pointSpreadPicture(IDSImageEffect* fx)
+{
+    const ComRef<IDSPointSpread> spread = ComRef<IDSPointSpread>::Query(fx, IID_IDSPointSpread);
+    int32_t width = 0, height = 0, rowBytes = 0;
+    const uint8_t* pixels = nullptr;
+    if (!spread || FAILED(spread->GetPointSpreadImage(&width, &height, &rowBytes, &pixels)))
+        throw Failure("--psf: the effect has no point-spread picture to give");
+    ImageFrame picture;
+    picture.width = width;
+    picture.height = height;
+    picture.channels = 1;
+    picture.rgba.resize(static_cast<size_t>(width) * height * 4);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            float* p = picture.Pixel(x, y);
+            p[0] = p[1] = p[2] = pixels[static_cast<size_t>(y) * rowBytes + x] / 255.0f;
+            p[3] = 1.0f;
+        }
+    return picture;
+}
+
+// A host image of the Spread picture at `path`, which must be the input's size.
+ComRef<MemoryImage> readSpread(const std::string& path, const ImageHeader& input, const std::string& inputPath,
+                               const HostFormatGeometry& format, int32_t rows)
+{
+    ImageReader reader(path);
+    const ImageHeader& spread = reader.Header();
+    if (spread.width != input.width || spread.height != input.height)
+        throw Failure("the Spread image " + path + " is " + sizeText(spread.width, spread.height) + " but " +
+                      inputPath + " is " + sizeText(input.width, input.height) + ": they must be the same size");
+    ComRef<MemoryImage> image = newHostImage(format, spread.width, rows);
+    storeHostImage(image.get(), format, spread.width, spread.height, rows,
+                   [&](int32_t y, int32_t count, float* rgba) { reader.ReadRows(y, count, rgba); });
+    return image;
+}
+
+struct InterruptGuard {
+    explicit InterruptGuard(ImageEffectHost* host) { watchInterrupts(host); }
+    ~InterruptGuard() { releaseInterrupts(); }
+};
+
+}  // namespace
+
+// The host images of one frame. They are used again for later frames, so
+// that a sequence does not map fresh memory for each one.
+struct FramePipeline::HostFrames {
+    ComRef<MemoryImage> input;
+    ComRef<MemoryImage> output;
+};
+
+// One frame read and handed over to the host's images.
+struct FramePipeline::LoadedFrame {
+    ImageHeader header;
+    HostFrames images;
+    ComRef<MemoryImage> spread;
+    std::vector<float> alpha;  // the file's alpha, kept where the host format has none
+};
+
+// What a frame's Execute leaves to write besides the output image.
+struct FramePipeline::Rendered {
+    RgbaImage layer;            // the overlay, with --overlay
+    ImageFrame spreadPicture;  // the point-spread picture, with --psf
+};
+
+FramePipeline::FramePipeline(const RenderRequest& request, const RenderPlan& renderPlan, const RenderSetup& renderSetup,
+                             const RunOutputs& runOutputs, IDSImageEffect* effect, ImageEffectHost& effectHost,
+                             OverlayPainter* overlayPainter)
+    : r(request),
+      plan(renderPlan),
+      setup(renderSetup),
+      outputs(runOutputs),
+      fx(effect),
+      host(effectHost),
+      overlay(overlayPainter),
+      spreadPerFrame(!request.spread.empty() && renderPlan.sequence && hasFramePattern(request.spread)),
+      keepFileAlpha(!hostFormatHasAlpha(*renderSetup.format))
+{
+}
+
+FramePipeline::LoadedFrame FramePipeline::load(long f, HostFrames images)
+{
+    const std::string path = framePath(r.input, f);
+    const HostFormatGeometry& format = *setup.format;
+    ImageReader reader(path);
+    LoadedFrame loaded;
+    loaded.header = reader.Header();
+    const ImageHeader& frame = loaded.header;
+    if (frame.width != setup.header.width || frame.height != setup.header.height)
+        throw Failure(path + " is " + sizeText(frame.width, frame.height) + ", frame " +
+                      std::to_string(plan.range.first) + " was " + sizeText(setup.header.width, setup.header.height));
+    for (ComRef<MemoryImage>* image : {&images.input, &images.output})
+        if (!*image)
+            *image = newHostImage(format, frame.width, setup.rows);
+    const bool fileAlpha = keepFileAlpha && (frame.channels == 2 || frame.channels == 4);
+    if (fileAlpha)
+        loaded.alpha.resize(static_cast<size_t>(frame.width) * frame.height);
+    storeHostImage(images.input.get(), format, frame.width, frame.height, setup.rows,
+                   [&](int32_t y, int32_t count, float* rgba) {
+                       reader.ReadRows(y, count, rgba);
+                       for (size_t i = 0; fileAlpha && i < static_cast<size_t>(count) * frame.width; ++i)
+                           loaded.alpha[static_cast<size_t>(y) * frame.width + i] = rgba[i * 4 + 3];
+                   });
+    // With one field rendered, the other keeps the input: the output starts
+    // as its copy. Otherwise the effect writes every pixel.
+    if (plan.fieldMask != DS_FIELDS_BOTH)
+        std::memcpy(images.output->Data(), images.input->Data(), images.input->Bytes());
+    loaded.images = std::move(images);
+    if (spreadPerFrame)
+        loaded.spread = readSpread(framePath(r.spread, f), frame, path, format, setup.rows);
+    return loaded;
+}
+
+IDSImage* FramePipeline::spreadFor(const LoadedFrame& frame, long f)
+{
+    if (spreadPerFrame)
+        return frame.spread.get();
+    if (!r.spread.empty() && !stillSpread)
+        stillSpread = readSpread(r.spread, frame.header, framePath(r.input, f), *setup.format, setup.rows);
+    return stillSpread.get();
+}
+
+FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)
+{
+    host.SetInput(1, spreadFor(frame, f));
+    fx->SetInput(frame.images.input.get());
+    fx->SetOutput(frame.images.output.get());
+    if (interruptRequested())
+        throw Interrupted("");
+    const double time = f / r.rate;
+    const HRESULT status = fx->Execute(time);
+    if (interruptRequested())
+        throw Interrupted("");
+    if (FAILED(status)) {
+        char code[16];
+        std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
+        throw Failure("the effect failed on " + framePath(r.input, f) + " (" + code + ")");
+    }
+    Rendered rendered;
+    if (overlay)
+        rendered.layer = overlay->Draw(frame.header.width, frame.header.height, r.pixelAspect, time);
+    if (outputs.Find(OutputKind::PointSpread))
+        rendered.spreadPicture = pointSpreadPicture(fx);
+    return rendered;
+}
+
+void FramePipeline::write(long f, const LoadedFrame& frame, const Rendered& rendered)
+{
+    const ImageHeader& h = frame.header;
+    const SampleDepth depth = plan.depth.value_or(h.depth);
+    ImageWriter output(outputs.Find(OutputKind::Frame)->Path(f), h.width, h.height, depth, h.channels, r.compression);
+    std::optional<ImageWriter> withOverlay;
+    if (const RunOutput* o = outputs.Find(OutputKind::Overlay))
+        withOverlay.emplace(o->Path(f), h.width, h.height, depth, h.channels, r.compression);
+    loadHostImage(frame.images.output.get(), *setup.format, h.width, h.height, setup.rows,
+                  [&](int32_t y, int32_t count, float* rgba) {
+                      for (size_t i = 0; !frame.alpha.empty() && i < static_cast<size_t>(count) * h.width; ++i)
+                          rgba[i * 4 + 3] = frame.alpha[static_cast<size_t>(y) * h.width + i];
+                      output.WriteRows(count, rgba);
+                      if (withOverlay) {
+                          compositeOverlay(rgba, h.width, y, count, rendered.layer);
+                          withOverlay->WriteRows(count, rgba);
+                      }
+                  });
+    output.Finish();
+    if (withOverlay)
+        withOverlay->Finish();
+    if (const RunOutput* psf = outputs.Find(OutputKind::PointSpread))
+        writeImage(psf->Path(f), rendered.spreadPicture, SampleDepth::U8, 1);
+}
+
+void FramePipeline::Run()
+{
+    const FrameRange range = plan.range;
+    InterruptGuard guard(&host);
+    ProgressMeter progress(range.Count(), r.quiet);
+    HostFrames spare;  // images no frame uses any more
+    std::future<LoadedFrame> next = std::async(std::launch::async, &FramePipeline::load, this, range.first, HostFrames{});
+    std::future<ComRef<MemoryImage>> writing;  // gives back the output image it wrote
+    long written = 0;
+    for (long f = range.first; f <= range.last; ++f) {
+        LoadedFrame current = next.get();
+        if (f < range.last)
+            next = std::async(std::launch::async, &FramePipeline::load, this, f + 1, std::move(spare));
+        Rendered rendered;
+        try {
+            rendered = execute(f, current);
+        } catch (const Interrupted&) {
+            if (writing.valid())
+                writing.get();
+            progress.Finish();
+            const std::string done = written == 0 ? "no frame was written"
+                                                  : "frames " + std::to_string(range.first) + " to " +
+                                                        std::to_string(range.first + written - 1) + " were written";
+            throw Interrupted("interrupted: " + done + ", and no partial one");
+        }
+        spare.input = std::move(current.images.input);
+        spare.output = writing.valid() ? writing.get() : ComRef<MemoryImage>();
+        ++written;
+        writing = std::async(std::launch::async, [this, f, frame = std::move(current),
+                                                  rendered = std::move(rendered)]() mutable {
+            write(f, frame, rendered);
+            return std::move(frame.images.output);
+        });
+        progress.FrameDone(f, written);
+    }
+    if (writing.valid())
+        writing.get();
+    progress.Finish();
+    host.SetInput(1, nullptr);
+}

@@ -1,0 +1,129 @@
+#include "tools/lumenveil/render_plan.h"
+
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include "hostsdk/IDSImageEffect.h"
+#include "tools/lumenveil/channel_selection.h"
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/host_format_choice.h"
+#include "tools/lumenveil/host_frame.h"
+#include "tools/lumenveil/transform_limit.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kPatternHelp = " (a frame number pattern: %04d or ####)";
+
+uint32_t fieldMaskOf(const std::string& fields)
+{
+    if (fields == "even")
+        return DS_FIELD_EVEN;
+    if (fields == "odd")
+        return DS_FIELD_ODD;
+    return DS_FIELDS_BOTH;
+}
+
+// The frame range, with each output's pattern checked against the input's.
+FrameRange checkSequence(const RenderRequest& r, const RunOutputs& outputs, bool sequence)
+{
+    if (!sequence) {
+        bool patterned = hasFramePattern(r.spread);
+        for (const RunOutput& output : outputs.All())
+            patterned = patterned || hasFramePattern(output.pattern);
+        if (patterned)
+            throw UsageError(std::string("only a sequence INPUT goes with output patterns") + kPatternHelp);
+        if (!r.frames.empty())
+            throw UsageError(std::string("--frames needs a sequence INPUT") + kPatternHelp);
+        return FrameRange{};
+    }
+    for (const RunOutput& output : outputs.All())
+        if (!hasFramePattern(output.pattern))
+            throw UsageError("INPUT is a sequence: " + output.name + " needs a frame number pattern too" +
+                             kPatternHelp);
+    if (r.frames.empty())
+        throw UsageError("INPUT is a sequence: give its frames with --frames A-B");
+    return parseFrameRange(r.frames);
+}
+
+std::optional<SampleDepth> depthOf(const std::string& depth)
+{
+    if (depth == "8")
+        return SampleDepth::U8;
+    if (depth == "16")
+        return SampleDepth::U16;
+    if (depth == "float")
+        return SampleDepth::Float;
+    return std::nullopt;
+}
+
+void checkExists(const std::string& path)
+{
+    std::error_code error;
+    if (!fs::exists(path, error))
+        throw Failure("cannot read " + path + ": no such file");
+}
+
+}  // namespace
+
+RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
+{
+    if (r.input.empty())
+        throw UsageError("render needs an INPUT file (or only --save-preset)");
+    if (r.output.empty())
+        throw UsageError("render needs an output file: -o OUTPUT");
+    RenderPlan plan;
+    plan.sequence = hasFramePattern(r.input);
+    plan.range = checkSequence(r, outputs, plan.sequence);
+    if (!(r.rate > 0.0) || !std::isfinite(r.rate))
+        throw UsageError("--rate must be above 0");
+    if (!(r.pixelAspect > 0.0) || !std::isfinite(r.pixelAspect))
+        throw UsageError("--pixel-aspect must be above 0");
+    plan.selectors = channelSelectors(r.keep, r.matte);
+    plan.fieldMask = fieldMaskOf(r.fields);
+    plan.depth = depthOf(r.depth);
+    if (const std::string problem = r.compression.empty() ? "" : compressionProblem(r.compression); !problem.empty())
+        throw UsageError("--compression: " + problem);
+    if (!r.hostFormat.empty())
+        chooseHostFormat(r.hostFormat, SampleDepth::U8);
+    return plan;
+}
+
+RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const RenderPlan& plan,
+                     const RunOutputs& outputs)
+{
+    const FrameRange range = plan.range;
+    for (long f = range.first; f <= range.last; ++f) {
+        checkExists(framePath(r.input, f));
+        if (!r.spread.empty())
+            checkExists(framePath(r.spread, f));
+    }
+    RenderSetup setup;
+    setup.header = readImageHeader(framePath(r.input, range.first));
+    setup.format = chooseHostFormat(r.hostFormat, setup.header.depth);
+    setup.rows = hostFrameRows(setup.header.height, !r.exactHostFrame);
+    const int32_t columns = hostFrameColumns(setup.header.width, *setup.format);
+    for (long f = range.first; f <= range.last; ++f) {
+        const std::string problem = transformLimitProblem(effect, columns, setup.rows, f / r.rate);
+        if (!problem.empty())
+            throw Failure("cannot render " + framePath(r.input, f) + ": " + problem);
+    }
+    for (const RunOutput& output : outputs.All())
+        checkWritable(output.Path(range.first));
+    return setup;
+}
+
+void checkWritable(const std::string& path)
+{
+    fs::path directory = fs::path(path).parent_path();
+    if (directory.empty())
+        directory = ".";
+    std::error_code error;
+    if (!fs::is_directory(directory, error))
+        throw Failure("cannot write " + path + ": no directory " + directory.string());
+    if (access(directory.c_str(), W_OK) != 0)
+        throw Failure("cannot write " + path + ": " + directory.string() + " is not writable");
+}

@@ -1,0 +1,45 @@
+// The checks a render makes before it writes anything: the request's options
+// and file names alone (checkRequest), then what the files and the effect say
+// (checkRun), so that a bad run writes nothing.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "hostsdk/image_format_geometry.h"
+#include "tools/lumenveil/effect_instance.h"
+#include "tools/lumenveil/frame_pattern.h"
+#include "tools/lumenveil/image_file.h"
+#include "tools/lumenveil/render_outputs.h"
+#include "tools/lumenveil/render_request.h"
+
+// The checked form of a request.
+struct RenderPlan {
+    bool sequence = false;
+    FrameRange range;
+    std::array<int32_t, 4> selectors{};
+    uint32_t fieldMask = 0;
+    std::optional<SampleDepth> depth;
+};
+
+// UsageError for the first option that is malformed or does not go with the
+// others.
+RenderPlan checkRequest(const RenderRequest& request, const RunOutputs& outputs);
+
+// What the run knows before its first frame.
+struct RenderSetup {
+    ImageHeader header;  // of the first frame
+    const HostFormatGeometry* format = nullptr;
+    int32_t rows = 0;    // handed to the effect: the height, or it padded to whole row slices
+};
+
+// Failure unless every input (and Spread) file of the range exists, every
+// frame fits the transform of the effect's engine at its time, and every
+// output can be written.
+RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& request, const RenderPlan& plan,
+                     const RunOutputs& outputs);
+
+// Failure unless the directory of `path` exists and can be written to.
+void checkWritable(const std::string& path);
