@@ -8,7 +8,7 @@
 
 #include "engine_test_support.h"
 #include "generic/library/PluginVZ.h"
-#include "vzlibs/fftlib/fft_mode_environment.h"
+#include "vzlibs/fftlib/fft_modes.h"
 #include "vzlibs/fftlib/highlight.h"
 
 using namespace enginetest;
