@@ -9,7 +9,7 @@
 
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/demo_scene.h"
-#include "tools/lumenveil/effect_instance.h"
+#include "embed/effect_instance.h"
 #include "tools/lumenveil/render_command.h"
 
 namespace {

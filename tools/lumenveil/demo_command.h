@@ -4,6 +4,6 @@
 
 #include <string>
 
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_module.h"
 
 void runDemo(const EffectModule& module, const std::string& directory);

@@ -8,7 +8,7 @@
 
 #include "hostsdk/IDSPointSpread.h"
 #include "tools/lumenveil/cli_error.h"
-#include "tools/lumenveil/host_frame.h"
+#include "embed/host_frame.h"
 #include "tools/lumenveil/interrupt.h"
 #include "tools/lumenveil/progress_meter.h"
 

@@ -17,7 +17,7 @@
 #include <type_traits>
 
 #include "tools/lumenveil/cli_error.h"
-#include "tools/lumenveil/unit_samples.h"
+#include "embed/unit_samples.h"
 
 namespace {
 

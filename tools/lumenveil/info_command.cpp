@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "hostsdk/image_format_geometry.h"
-#include "tools/lumenveil/effect_instance.h"
+#include "embed/effect_instance.h"
 #include "tools/lumenveil/host_format_choice.h"
 
 namespace {

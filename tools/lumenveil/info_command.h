@@ -3,7 +3,7 @@
 // file formats available.
 #pragma once
 
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_module.h"
 
 void printEffectInfo(const EffectModule& module);
 void printFormats();

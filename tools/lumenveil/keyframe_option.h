@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/lumenveil/parameter_table.h"
+#include "embed/parameter_table.h"
 
 struct KeyOption {
     const Parameter* parameter;

@@ -9,11 +9,11 @@
 
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/demo_command.h"
-#include "tools/lumenveil/effect_instance.h"
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_instance.h"
+#include "embed/effect_module.h"
 #include "tools/lumenveil/info_command.h"
 #include "tools/lumenveil/page_command.h"
-#include "tools/lumenveil/module_locator.h"
+#include "embed/module_locator.h"
 #include "tools/lumenveil/parameter_options.h"
 #include "tools/lumenveil/render_command.h"
 

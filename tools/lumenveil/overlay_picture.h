@@ -9,8 +9,8 @@
 #include "hostsdk/rgba_image.h"
 #include "hostsdk/viewer.h"
 #include "hostsdk/com.h"
-#include "tools/lumenveil/effect_instance.h"
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_instance.h"
+#include "embed/effect_module.h"
 
 class OverlayPainter {
 public:

@@ -4,7 +4,7 @@
 
 #include "hostsdk/CDSPropertyPage.h"
 #include "tools/lumenveil/cli_error.h"
-#include "tools/lumenveil/effect_instance.h"
+#include "embed/effect_instance.h"
 
 void printPage(const EffectModule& module, const ParameterOptions& parameters)
 {

@@ -2,7 +2,7 @@
 // given: each control with its label, shown or hidden, value and range.
 #pragma once
 
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_module.h"
 #include "tools/lumenveil/parameter_options.h"
 
 void printPage(const EffectModule& module, const ParameterOptions& parameters);

@@ -11,8 +11,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "tools/lumenveil/effect_instance.h"
-#include "tools/lumenveil/parameter_table.h"
+#include "embed/effect_instance.h"
+#include "embed/parameter_table.h"
 
 class ParameterOptions {
 public:

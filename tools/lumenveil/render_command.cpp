@@ -10,7 +10,7 @@
 #include "tools/lumenveil/keyframe_option.h"
 #include "tools/lumenveil/overlay_picture.h"
 #include "tools/lumenveil/render_plan.h"
-#include "tools/lumenveil/settings_directory.h"
+#include "embed/settings_directory.h"
 
 namespace {
 

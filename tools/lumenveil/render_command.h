@@ -4,7 +4,7 @@
 // written while the current one renders.
 #pragma once
 
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_module.h"
 #include "tools/lumenveil/parameter_options.h"
 #include "tools/lumenveil/render_request.h"
 

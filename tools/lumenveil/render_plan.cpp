@@ -9,8 +9,8 @@
 #include "tools/lumenveil/channel_selection.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/host_format_choice.h"
-#include "tools/lumenveil/host_frame.h"
-#include "tools/lumenveil/transform_limit.h"
+#include "embed/host_frame.h"
+#include "embed/transform_limit.h"
 
 namespace fs = std::filesystem;
 

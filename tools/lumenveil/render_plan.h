@@ -9,7 +9,7 @@
 #include <string>
 
 #include "hostsdk/image_format_geometry.h"
-#include "tools/lumenveil/effect_instance.h"
+#include "embed/effect_instance.h"
 #include "tools/lumenveil/frame_pattern.h"
 #include "tools/lumenveil/image_file.h"
 #include "tools/lumenveil/render_outputs.h"

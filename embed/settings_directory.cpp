@@ -1,4 +1,4 @@
-#include "tools/lumenveil/settings_directory.h"
+#include "embed/settings_directory.h"
 
 #include <cstdio>
 #include <cstdlib>

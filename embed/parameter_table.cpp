@@ -1,4 +1,4 @@
-#include "tools/lumenveil/parameter_table.h"
+#include "embed/parameter_table.h"
 
 #include <cctype>
 #include <cerrno>
@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "tools/lumenveil/cli_error.h"
+#include "embed/errors.h"
 
 namespace {
 

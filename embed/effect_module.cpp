@@ -1,9 +1,9 @@
-#include "tools/lumenveil/effect_module.h"
+#include "embed/effect_module.h"
 
 #include <cstdio>
 
 #include "hostsdk/registration.h"
-#include "tools/lumenveil/cli_error.h"
+#include "embed/errors.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ EffectModule::EffectModule(const std::string& path)
     library = ModuleLibrary::Open(path, &error);
     if (!library)
         throw Failure("cannot load the effect module: " + error +
-                      " (set LUMENVEIL_MODULE or --module to the path of libLumenveilVZ.so)");
+                      " (set LUMENVEIL_MODULE to the path of libLumenveilVZ.so)");
     const HRESULT status = library->DllRegisterServer();
     if (FAILED(status))
         throw Failure("the effect module " + path + " did not register its classes (" + hex(status) + ")");

@@ -1,4 +1,4 @@
-#include "tools/lumenveil/host_frame.h"
+#include "embed/host_frame.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,8 +6,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "tools/lumenveil/cli_error.h"
-#include "tools/lumenveil/unit_samples.h"
+#include "embed/errors.h"
+#include "embed/unit_samples.h"
 
 namespace {
 

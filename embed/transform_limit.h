@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/lumenveil/effect_instance.h"
+#include "embed/effect_instance.h"
 
 // "" when a width x height frame fits at `time` seconds in the engine the
 // effect is set to, else the message saying the largest width and height that

@@ -1,10 +1,10 @@
-#include "tools/lumenveil/transform_limit.h"
+#include "embed/transform_limit.h"
 
 #include <algorithm>
 #include <cstdio>
 
 #include "hostsdk/IDSTransformNeeds.h"
-#include "tools/lumenveil/cli_error.h"
+#include "embed/errors.h"
 
 namespace {
 

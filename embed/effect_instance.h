@@ -8,7 +8,7 @@
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSProperties.h"
 #include "hostsdk/com.h"
-#include "tools/lumenveil/parameter_table.h"
+#include "embed/parameter_table.h"
 
 class EffectInstance {
 public:

@@ -1,7 +1,7 @@
-#include "tools/lumenveil/effect_instance.h"
+#include "embed/effect_instance.h"
 
 #include "hostsdk/PropertiesOperator.h"
-#include "tools/lumenveil/cli_error.h"
+#include "embed/errors.h"
 
 EffectInstance::EffectInstance(ComRef<IDSImageEffect> fx) : effect(std::move(fx))
 {

@@ -1,4 +1,4 @@
-#include "tools/lumenveil/module_locator.h"
+#include "embed/module_locator.h"
 
 #include <cstdlib>
 #include <filesystem>
