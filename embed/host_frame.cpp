@@ -222,6 +222,11 @@ int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format)
     return format.pairs ? (width + 1) / 2 * 2 : width;
 }
 
+const HostFormatGeometry& defaultHostFormat(bool eightBitSamples)
+{
+    return *hostFormatNamed(eightBitSamples ? "MFIF_RGBA_RAW_32" : "MFIF_RGBA_FLOAT");
+}
+
 bool hostFormatHasAlpha(const HostFormatGeometry& format) { return !format.pairs || format.alphaPlane; }
 
 ComRef<MemoryImage> newHostImage(const HostFormatGeometry& format, int32_t width, int32_t rows)

@@ -18,6 +18,11 @@ int32_t hostFrameRows(int32_t height, bool wholeRows);
 // to an even number for the Cb Y Cr Y formats, which hold pixels in pairs.
 int32_t hostFrameColumns(int32_t width, const HostFormatGeometry& format);
 
+// The format frames are handed over in unless a host says otherwise:
+// MFIF_RGBA_RAW_32 for 8-bit samples, MFIF_RGBA_FLOAT for deeper ones, so
+// that no precision is lost before the effect's 15-bit frame.
+const HostFormatGeometry& defaultHostFormat(bool eightBitSamples);
+
 // Whether images of `format` carry alpha: all RGBA formats, and the Cb Y Cr Y
 // ones with an alpha plane.
 bool hostFormatHasAlpha(const HostFormatGeometry& format);

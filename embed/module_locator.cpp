@@ -18,18 +18,17 @@ std::filesystem::path programDirectory()
 
 }  // namespace
 
-std::string locateModule(const std::string& explicitPath)
+std::string locateModule(const std::string& explicitPath, const std::string& hostDirectory)
 {
     if (!explicitPath.empty())
         return explicitPath;
     if (const char* fromEnvironment = std::getenv("LUMENVEIL_MODULE"); fromEnvironment && *fromEnvironment)
         return fromEnvironment;
     std::vector<std::filesystem::path> candidates;
-    const std::filesystem::path here = programDirectory();
-    if (!here.empty()) {
-        candidates.push_back(here / kModuleFile);
-        candidates.push_back(here / ".." / "lib" / kModuleFile);
-    }
+    const std::filesystem::path here = hostDirectory.empty() ? programDirectory() : std::filesystem::path(hostDirectory);
+    if (!here.empty())
+        for (const char* place : {".", "../lib", "../lib/lumenveil", "../lumenveil"})
+            candidates.push_back(here / place / kModuleFile);
 #ifdef LUMENVEIL_BUILD_MODULE_PATH
     candidates.push_back(LUMENVEIL_BUILD_MODULE_PATH);
 #endif

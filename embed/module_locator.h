@@ -4,6 +4,8 @@
 #include <string>
 
 // The module path: `explicitPath` when not empty, else $LUMENVEIL_MODULE, else
-// libLumenveilVZ.so beside the program, in ../lib from it, and last the path
-// the build tree put it at. Gives the first that exists (or the last tried).
-std::string locateModule(const std::string& explicitPath);
+// libLumenveilVZ.so beside the host's own file (`hostDirectory`, or the
+// running program's directory when that is empty), in ../lib, ../lib/lumenveil
+// or ../lumenveil from it, and last the path the build tree put it at. Gives
+// the first that exists (or the last tried).
+std::string locateModule(const std::string& explicitPath, const std::string& hostDirectory = "");

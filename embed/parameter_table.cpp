@@ -127,10 +127,17 @@ double parseParameterValue(const Parameter& p, const std::string& text, const st
     if (!read && !parseDouble(text, &value))
         throw UsageError(what + ": \"" + text + "\" is not " +
                          (p.isList() ? "one of " + describeRange(p) : p.isInteger() ? "a whole number" : "a number"));
+    return checkParameterValue(p, value, what);
+}
+
+double checkParameterValue(const Parameter& p, double value, const std::string& what)
+{
+    if (!std::isfinite(value))
+        throw UsageError(what + ": " + shortNumber(value) + " is not a finite number");
     if (p.isInteger() && value != std::floor(value))
-        throw UsageError(what + ": \"" + text + "\" is not a whole number");
+        throw UsageError(what + ": \"" + shortNumber(value) + "\" is not a whole number");
     if (p.hasRange && (value < p.minimum || value > p.maximum))
-        throw UsageError(what + ": " + text + " is outside " + describeRange(p));
+        throw UsageError(what + ": " + shortNumber(value) + " is outside " + describeRange(p));
     return value;
 }
 
@@ -163,4 +170,19 @@ std::string describeRange(const Parameter& p)
     if (!p.hasRange)
         return "";
     return shortNumber(p.minimum) + " to " + shortNumber(p.maximum);
+}
+
+std::string formatNumber(double value) { return shortNumber(value); }
+
+std::string positionStem(const Parameter& p)
+{
+    // Stems whose X and Y properties are one position.
+    static const char* const kPositionStems[] = {"Centre"};
+    for (const char* stem : kPositionStems) {
+        const std::string s = stem;
+        if (p.name.size() == s.size() + 1 && p.name.compare(0, s.size(), s) == 0 &&
+            (p.name.back() == 'X' || p.name.back() == 'Y'))
+            return s;
+    }
+    return "";
 }

@@ -1,6 +1,6 @@
-// The effect's parameters as the tool knows them: read from the module's
+// The effect's parameters as a host knows them: read from the module's
 // property map (names, types, defaults, page ranges, list entries), with the
-// command-line option name derived from each property's name.
+// option name derived from each property's name.
 #pragma once
 
 #include <string>
@@ -42,8 +42,19 @@ const Parameter* findParameter(const std::vector<Parameter>& parameters, const s
 // otherwise; within the page range. UsageError naming `what` otherwise.
 double parseParameterValue(const Parameter& parameter, const std::string& text, const std::string& what);
 
+// `value` if it fits `parameter`: a whole number for integers, within the
+// page range, finite. UsageError naming `what` otherwise.
+double checkParameterValue(const Parameter& parameter, double value, const std::string& what);
+
 // The value as the user writes it: a list entry's name, on/off, or a number.
 std::string formatParameterValue(const Parameter& parameter, double value);
 
 // "0 to 0.3", "circle|ellipse|polygon|image", "on|off", or "" without a range.
 std::string describeRange(const Parameter& parameter);
+
+// The shortest text that reads back as `value`.
+std::string formatNumber(double value);
+
+// The stem of a position's half, "Centre" for "CentreX" and "CentreY": the
+// two halves are one position to a host. "" for other parameters.
+std::string positionStem(const Parameter& parameter);

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "hostsdk/IDSPointSpread.h"
+#include "embed/point_spread.h"
 #include "tools/lumenveil/cli_error.h"
 #include "embed/host_frame.h"
 #include "tools/lumenveil/interrupt.h"
@@ -19,22 +19,22 @@ std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_
 // The effect's point-spread image of the frame just rendered, as a grey picture.
 ImageFrame pointSpreadPicture(IDSImageEffect* fx)
 {
-    const ComRef<IDSPointSpread> spread = ComRef<IDSPointSpread>::Query(fx, IID_IDSPointSpread);
-    int32_t width = 0, height = 0, rowBytes = 0;
-    const uint8_t* pixels = nullptr;
-    if (!spread || FAILED(spread->GetPointSpreadImage(&width, &height, &rowBytes, &pixels)))
-        throw Failure("--psf: the effect has no point-spread picture to give");
+    GreyPicture grey;
+    try {
+        grey = ::pointSpreadPicture(fx);
+    } catch (const Failure& e) {
+        throw Failure(std::string("--psf: ") + e.what());
+    }
     ImageFrame picture;
-    picture.width = width;
-    picture.height = height;
+    picture.width = grey.width;
+    picture.height = grey.height;
     picture.channels = 1;
-    picture.rgba.resize(static_cast<size_t>(width) * height * 4);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            float* p = picture.Pixel(x, y);
-            p[0] = p[1] = p[2] = pixels[static_cast<size_t>(y) * rowBytes + x] / 255.0f;
-            p[3] = 1.0f;
-        }
+    picture.rgba.resize(static_cast<size_t>(grey.width) * grey.height * 4);
+    for (size_t i = 0; i < grey.pixels.size(); ++i) {
+        float* p = &picture.rgba[i * 4];
+        p[0] = p[1] = p[2] = grey.pixels[i] / 255.0f;
+        p[3] = 1.0f;
+    }
     return picture;
 }
 

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 
+#include "embed/host_frame.h"
 #include "tools/lumenveil/cli_error.h"
 
 namespace {
@@ -27,7 +28,7 @@ std::string hostFormatSupport(const HostFormatGeometry& format)
 const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth depth)
 {
     if (name.empty())
-        return hostFormatNamed(depth == SampleDepth::U8 ? "MFIF_RGBA_RAW_32" : "MFIF_RGBA_FLOAT");
+        return &defaultHostFormat(depth == SampleDepth::U8);
     const HostFormatGeometry* format = nullptr;
     char* end = nullptr;
     const long code = std::strtol(name.c_str(), &end, 10);

@@ -8,8 +8,7 @@
 
 // The format for `name` (its MFIF_ name with or without the prefix, either
 // case, or its code), or when `name` is empty the default for files of
-// `depth`: MFIF_RGBA_RAW_32 for 8-bit, MFIF_RGBA_FLOAT for deeper files, so
-// that no precision is lost before the effect's 15-bit frame. UsageError for
+// `depth` (defaultHostFormat, embed/host_frame.h). UsageError for
 // an unknown name or a format the effect does not take (see hostFormatSupport).
 const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth depth);
 

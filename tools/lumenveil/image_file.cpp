@@ -17,7 +17,7 @@
 #include <type_traits>
 
 #include "tools/lumenveil/cli_error.h"
-#include "embed/unit_samples.h"
+#include "embed/pixel_samples.h"
 
 namespace {
 
@@ -116,57 +116,14 @@ bool writesAsHanded(const std::string& format, SampleDepth depth)
     return std::find(std::begin(exact), std::end(exact), format) != std::end(exact);
 }
 
-// Full scale of an integer sample type; floats are taken as they are.
-template <typename T> constexpr float fullScaleOf() { return std::is_integral_v<T> ? float(std::numeric_limits<T>::max()) : 1.0f; }
-
-// `pixels` pixels of N samples of T to RGBA floats (1.0 full): grey is taken
-// as R = G = B, no alpha is full alpha.
-template <typename T, int N> void expandPixels(const T* s, size_t pixels, float* d)
-{
-    const float scale = 1.0f / fullScaleOf<T>();
-    for (size_t i = 0; i < pixels; ++i, s += N, d += 4) {
-        d[0] = s[0] * scale;
-        d[1] = (N <= 2 ? s[0] : s[1]) * scale;
-        d[2] = (N <= 2 ? s[0] : s[2]) * scale;
-        d[3] = N == 2 ? s[1] * scale : N == 4 ? s[3] * scale : 1.0f;
-    }
-}
-
-template <typename T> void expandPixels(const T* s, int n, size_t pixels, float* d)
-{
-    switch (n) {
-    case 1: return expandPixels<T, 1>(s, pixels, d);
-    case 2: return expandPixels<T, 2>(s, pixels, d);
-    case 3: return expandPixels<T, 3>(s, pixels, d);
-    default: return expandPixels<T, 4>(s, pixels, d);
-    }
-}
-
 void expandPixels(OIIO::TypeDesc type, const uint8_t* samples, int n, size_t pixels, float* d)
 {
     if (type == OIIO::TypeDesc::UINT8)
-        expandPixels(samples, n, pixels, d);
+        ::expandPixels(samples, n, pixels, d);
     else if (type == OIIO::TypeDesc::UINT16)
-        expandPixels(reinterpret_cast<const uint16_t*>(samples), n, pixels, d);
+        ::expandPixels(reinterpret_cast<const uint16_t*>(samples), n, pixels, d);
     else
-        expandPixels(reinterpret_cast<const float*>(samples), n, pixels, d);
-}
-
-// `pixels` RGBA floats to N integer samples of T.
-template <typename T, int N> void packPixels(const float* s, size_t pixels, T* d)
-{
-    constexpr float full = fullScaleOf<T>();
-    for (size_t i = 0; i < pixels; ++i, s += 4, d += N)
-        for (int c = 0; c < N; ++c)
-            d[c] = static_cast<T>(roundHalfUp(clampUnit(s[c]) * full));
-}
-
-template <typename T> void packPixels(const float* s, int n, size_t pixels, T* d)
-{
-    if (n == 3)
-        packPixels<T, 3>(s, pixels, d);
-    else
-        packPixels<T, 4>(s, pixels, d);
+        ::expandPixels(reinterpret_cast<const float*>(samples), n, pixels, d);
 }
 
 }  // namespace

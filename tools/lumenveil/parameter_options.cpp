@@ -4,21 +4,6 @@
 
 namespace {
 
-// Stems whose X and Y properties are one position, given as X,Y.
-const char* const kPositionStems[] = {"Centre"};
-
-// The stem of a position property "StemX"/"StemY" of the list above, or "".
-std::string positionStem(const Parameter& p)
-{
-    for (const char* stem : kPositionStems) {
-        const std::string s = stem;
-        if (p.name.size() == s.size() + 1 && p.name.compare(0, s.size(), s) == 0 &&
-            (p.name.back() == 'X' || p.name.back() == 'Y'))
-            return s;
-    }
-    return "";
-}
-
 std::string helpOf(const Parameter& p)
 {
     std::string help = p.longName;

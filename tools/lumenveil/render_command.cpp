@@ -2,8 +2,7 @@
 
 #include <memory>
 
-#include "hostsdk/IDSCoordMan.h"
-#include "hostsdk/IDSImageEffectHost.h"
+#include "embed/effect_host.h"
 #include "hostsdk/content.h"
 #include "tools/lumenveil/frame_memory.h"
 #include "tools/lumenveil/frame_pipeline.h"
@@ -26,19 +25,16 @@ void setParameters(EffectInstance& effect, const RenderRequest& r, const Paramet
     }
 }
 
-// Tells the effect what a host tells it before the first frame.
-void connectEffect(IDSImageEffect* fx, ImageEffectHost* host, CoordMan* coordinates, const RenderRequest& r,
-                   const RenderPlan& plan, const ImageHeader& header)
+// What a host tells the effect before the first frame.
+HostSettings hostSettings(const RenderRequest& r, const RenderPlan& plan)
 {
-    // The project frame is the frame itself, so the effect's scale is 1.
-    DSContentSetProperty(kProjectFrameWidth, header.width);
-    DSContentSetProperty(kProjectFrameHeight, header.height);
-    fx->SetEffectHost(host);
-    fx->SetCoordMan(coordinates);
-    fx->SetSampleRate(r.rate);
-    fx->SetTimespan(plan.range.Count() / r.rate);
-    fx->SetChannelMask(plan.selectors.data());
-    fx->SetFieldMask(plan.fieldMask);
+    HostSettings settings;
+    settings.rate = r.rate;
+    settings.timespan = plan.range.Count() / r.rate;
+    settings.pixelAspect = r.pixelAspect;
+    settings.selectors = plan.selectors;
+    settings.fieldMask = plan.fieldMask;
+    return settings;
 }
 
 }  // namespace
@@ -70,8 +66,9 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
         writeTextFile(r.savePreset, effect.SavePreset());
 
     keepFrameMemory();
-    ImageEffectHost host;
-    CoordMan coordinates(r.pixelAspect);
-    connectEffect(effect.Effect(), &host, &coordinates, r, plan, setup.header);
-    FramePipeline(r, plan, setup, outputs, effect.Effect(), host, overlay.get()).Run();
+    // The project frame is the frame itself, so the effect's scale is 1.
+    DSContentSetProperty(kProjectFrameWidth, setup.header.width);
+    DSContentSetProperty(kProjectFrameHeight, setup.header.height);
+    EffectHost host(effect.Effect(), hostSettings(r, plan));
+    FramePipeline(r, plan, setup, outputs, effect.Effect(), host.Link(), overlay.get()).Run();
 }
