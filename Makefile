@@ -3,7 +3,7 @@
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build test test-release test-sanitize bench demo clean
+.PHONY: all deps build test test-release test-sanitize bench demo install clean
 
 all: build
 
@@ -29,6 +29,15 @@ test: test-release test-sanitize
 
 bench: build
 	./build/release/bench/lumenveil_bench
+
+# Installs what the build made under PREFIX (DESTDIR=... stages it
+# elsewhere): the frei0r filter in PREFIX/lib/frei0r-1, its description for
+# editors in PREFIX/share/kdenlive/effects, the module and the host stand-in
+# in PREFIX/lib/lumenveil.
+PREFIX ?= /usr/local
+
+install: build
+	cmake --install build/release --prefix $(PREFIX)
 
 DEMO_DIR ?= build/demo
 
