@@ -178,7 +178,13 @@ HRESULT Plug::Init()
         return E_OUTOFMEMORY;
     lumenveil->owner = this;
     lumenveil->renderMonitor = host;
+    bindControls();
+    setUpOverlay();
+    return defaults;
+}
 
+void Plug::bindControls()
+{
     // Each control: its first widget, its stored member, its property and, for
     // the animated ones, the sample rate that turns frames into host time.
     struct Binding {
@@ -212,8 +218,12 @@ HRESULT Plug::Init()
     }
     fx.centre.valuePointerY = &centreY;
     fx.centre.propertyGuidY = &PROPID_CentreY;
+}
 
+void Plug::setUpOverlay()
+{
     // Overlay items: colours, the OverlayVZ they belong to, their controls.
+    Lumenveil& fx = *lumenveil;
     for (int i = 0; i < 4; ++i) {
         fx.crosshair.colour[i] = kOverlayWhite[i];
         fx.innerCircle.colour[i] = fx.outerCircle.colour[i] = kOverlayYellow[i];
@@ -226,7 +236,6 @@ HRESULT Plug::Init()
     fx.crosshair.diagonals = 0;
     fx.innerCircle.dashed = 0;
     fx.outerCircle.dashed = 1;
-    return defaults;
 }
 
 HRESULT Plug::QueryInterface(const GUID& iid, void** out) { return CDSImageEffect::QueryInterface(iid, out); }

@@ -110,6 +110,10 @@ private:
     void bindStoredValues();
     // Takes one count of the server lock when one exists.
     void takeServerLock();
+    // Gives each control of the Lumenveil its widget, stored member and
+    // property; and the overlay items their colours, owner and controls.
+    void bindControls();
+    void setUpOverlay();
     // The values that shape the kernel at `time`.
     ApertureVZ apertureAt(double time);
     // Reads the properties at `time` into the Lumenveil's controls.

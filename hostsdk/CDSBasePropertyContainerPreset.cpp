@@ -2,6 +2,7 @@
 // back all or nothing.
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -50,6 +51,40 @@ bool inRange(const CDSParamDef& def, double v)
     if (def.listEntries && def.listCount > 0)
         return v >= 0 && v < def.listCount;
     return !def.hasRange() || (v >= def.minimum && v <= def.maximum);
+}
+
+// The value and keys of one property's item of a preset, checked against its
+// entry: "" when they can be taken, else why not (after the property's name).
+std::string readItem(const json& item, const CDSPropertiesMapEntry& entry, double* value,
+                     std::vector<CDSBasePropertyContainer::Keyframe>* keys)
+{
+    const CDSParamDef& def = *entry.definition;
+    if (item.contains("key") && (!item["key"].is_string() || item["key"].get<std::string>() != keyText(entry.key)))
+        return "has the wrong key";
+    if (!item.contains("value"))
+        return "has no value";
+    const std::optional<double> number = numberFor(item["value"], def.type);
+    if (!number)
+        return "has a value of the wrong type";
+    if (!inRange(def, *number))
+        return "is out of range";
+    *value = *number;
+    if (!item.contains("keys"))
+        return "";
+    if (!item["keys"].is_array())
+        return "has malformed keys";
+    if (!item["keys"].empty() && !def.animated())
+        return "cannot be animated";
+    for (const json& key : item["keys"]) {
+        if (!key.is_array() || key.size() != 2 || !key[0].is_number() || !std::isfinite(key[0].get<double>()))
+            return "has a malformed key";
+        const std::optional<double> keyValue = numberFor(key[1], VT_R8);
+        if (!keyValue || !inRange(def, *keyValue))
+            return "has a key out of range";
+        keys->push_back({key[0].get<double>(), *keyValue});
+    }
+    std::sort(keys->begin(), keys->end(), [](const auto& a, const auto& b) { return a.time < b.time; });
+    return "";
 }
 
 }  // namespace
@@ -122,34 +157,10 @@ bool CDSBasePropertyContainer::LoadPreset(const std::string& text, std::string* 
         const CDSPropertiesMapEntry* entry = FindEntry(*guid);
         if (!entry || entry->definition->hidden() || !stored.count(entry->key))
             return fail("unknown property " + guidString);
-        const CDSParamDef& def = *entry->definition;
-        const std::string label = def.name ? def.name : guidString;
-        if (item.contains("key") && (!item["key"].is_string() || item["key"].get<std::string>() != keyText(entry->key)))
-            return fail("property " + label + " has the wrong key");
-        if (!item.contains("value"))
-            return fail("property " + label + " has no value");
-        const std::optional<double> value = numberFor(item["value"], def.type);
-        if (!value)
-            return fail("property " + label + " has a value of the wrong type");
-        if (!inRange(def, *value))
-            return fail("property " + label + " is out of range");
-        Change change{entry, *value, {}};
-        if (item.contains("keys")) {
-            if (!item["keys"].is_array())
-                return fail("property " + label + " has malformed keys");
-            if (!item["keys"].empty() && !def.animated())
-                return fail("property " + label + " cannot be animated");
-            for (const json& key : item["keys"]) {
-                if (!key.is_array() || key.size() != 2 || !key[0].is_number() || !std::isfinite(key[0].get<double>()))
-                    return fail("property " + label + " has a malformed key");
-                const std::optional<double> keyValue = numberFor(key[1], VT_R8);
-                if (!keyValue || !inRange(def, *keyValue))
-                    return fail("property " + label + " has a key out of range");
-                change.keys.push_back({key[0].get<double>(), *keyValue});
-            }
-            std::sort(change.keys.begin(), change.keys.end(),
-                      [](const Keyframe& a, const Keyframe& b) { return a.time < b.time; });
-        }
+        const std::string label = entry->definition->name ? entry->definition->name : guidString;
+        Change change{entry, 0.0, {}};
+        if (const std::string why = readItem(item, *entry, &change.value, &change.keys); !why.empty())
+            return fail("property " + label + " " + why);
         changes.push_back(std::move(change));
     }
     for (const Change& change : changes) {

@@ -44,6 +44,69 @@ int report(const char* message, int code)
 // transform library's worker threads are still winding down crashes them.
 EffectModule* g_loadedModule = nullptr;
 
+namespace {
+
+// The subcommands, with what their options fill.
+struct Commands {
+    RenderRequest request;
+    std::string demoDirectory = "lumenveil-demo";
+    CLI::App* render = nullptr;
+    CLI::App* demo = nullptr;
+    CLI::App* info = nullptr;
+    CLI::App* page = nullptr;
+    CLI::App* formats = nullptr;
+    std::unique_ptr<ParameterOptions> renderParameters;
+    std::unique_ptr<ParameterOptions> pageParameters;
+};
+
+void addCommands(CLI::App& app, Commands& c, const std::vector<Parameter>& parameters)
+{
+    c.render = app.add_subcommand("render", "Defocus an image file or a numbered sequence");
+    addRenderOptions(*c.render, c.request);
+    c.renderParameters = std::make_unique<ParameterOptions>(*c.render, parameters);
+    c.render->footer("Values outside a parameter's page range are refused. `lumenveil info` lists the parameters.");
+    c.demo = app.add_subcommand("demo", "Render a built-in night scene with a few apertures");
+    c.demo->add_option("--out", c.demoDirectory, "Directory for the pictures")->capture_default_str();
+    c.info = app.add_subcommand("info", "The effect's name, class, inputs and parameters");
+    c.page = app.add_subcommand("page", "The effect's property page as text, for the parameters given");
+    c.pageParameters = std::make_unique<ParameterOptions>(*c.page, parameters);
+    c.formats = app.add_subcommand("formats", "The host pixel formats and the image file formats");
+}
+
+// Runs the subcommand given; the exit code.
+int runCommand(const Commands& c, const EffectModule* module, const std::string& moduleError)
+{
+    try {
+        if (c.formats->parsed()) {
+            printFormats();
+            return 0;
+        }
+        if (!module)
+            throw Failure(moduleError);
+        if (c.render->parsed())
+            runRender(*module, c.request, *c.renderParameters);
+        else if (c.demo->parsed())
+            runDemo(*module, c.demoDirectory);
+        else if (c.info->parsed())
+            printEffectInfo(*module);
+        else if (c.page->parsed())
+            printPage(*module, *c.pageParameters);
+    } catch (const UsageError& e) {
+        return report(e.what(), kExitUsage);
+    } catch (const Interrupted& e) {
+        return report(e.what(), kExitInterrupted);
+    } catch (const Failure& e) {
+        return report(e.what(), kExitFailure);
+    } catch (const CLI::ParseError& e) {
+        return report(e.what(), kExitUsage);
+    } catch (const std::exception& e) {
+        return report(e.what(), kExitFailure);
+    }
+    return 0;
+}
+
+}  // namespace
+
 int main(int argc, char** argv)
 {
     std::string modulePath = modulePathFromArguments(argc, argv);
@@ -63,21 +126,8 @@ int main(int argc, char** argv)
     app.add_option("--module", modulePath,
                    "Path of the effect module (libLumenveilVZ.so); default $LUMENVEIL_MODULE, then beside the program");
     app.require_subcommand(1);
-
-    RenderRequest request;
-    CLI::App* render = app.add_subcommand("render", "Defocus an image file or a numbered sequence");
-    addRenderOptions(*render, request);
-    ParameterOptions parameterOptions(*render, parameters);
-    render->footer("Values outside a parameter's page range are refused. `lumenveil info` lists the parameters.");
-
-    std::string demoDirectory = "lumenveil-demo";
-    CLI::App* demo = app.add_subcommand("demo", "Render a built-in night scene with a few apertures");
-    demo->add_option("--out", demoDirectory, "Directory for the pictures")->capture_default_str();
-    CLI::App* info = app.add_subcommand("info", "The effect's name, class, inputs and parameters");
-    CLI::App* page = app.add_subcommand("page", "The effect's property page as text, for the parameters given");
-    ParameterOptions pageParameters(*page, parameters);
-    CLI::App* formats = app.add_subcommand("formats", "The host pixel formats and the image file formats");
-
+    Commands commands;
+    addCommands(app, commands, parameters);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -88,35 +138,8 @@ int main(int argc, char** argv)
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
         std::fprintf(stderr, "lumenveil: %s\nRun 'lumenveil %s--help' for the options.\n", e.what(),
-                     render->parsed() ? "render " : "");
+                     commands.render->parsed() ? "render " : "");
         return kExitUsage;
     }
-
-    try {
-        if (formats->parsed()) {
-            printFormats();
-            return 0;
-        }
-        if (!module)
-            throw Failure(moduleError);
-        if (render->parsed())
-            runRender(*module, request, parameterOptions);
-        else if (demo->parsed())
-            runDemo(*module, demoDirectory);
-        else if (info->parsed())
-            printEffectInfo(*module);
-        else if (page->parsed())
-            printPage(*module, pageParameters);
-    } catch (const UsageError& e) {
-        return report(e.what(), kExitUsage);
-    } catch (const Interrupted& e) {
-        return report(e.what(), kExitInterrupted);
-    } catch (const Failure& e) {
-        return report(e.what(), kExitFailure);
-    } catch (const CLI::ParseError& e) {
-        return report(e.what(), kExitUsage);
-    } catch (const std::exception& e) {
-        return report(e.what(), kExitFailure);
-    }
-    return 0;
+    return runCommand(commands, module, moduleError);
 }
