@@ -11,6 +11,16 @@
 
 namespace {
 
+// A page that notes the time each animated read asks for.
+struct TimedPage : CDSBasePropertyPage {
+    HRESULT GetAnimatedProperty(const GUID& guid, VARIANT* value, void* params, double time) override
+    {
+        asked = time;
+        return CDSBasePropertyPage::GetAnimatedProperty(guid, value, params, time);
+    }
+    double asked = 0.0;
+};
+
 class Page : public ::testing::Test {
 protected:
     void SetUp() override
@@ -41,7 +51,7 @@ protected:
     GUID guids[LumenveilInfo::kControlCount] = {};
     GUID guidY = {0xC0FFEE, 1, 2, {3}};
     double rate = 25.0;
-    CDSBasePropertyPage page;
+    TimedPage page;
     Lumenveil fx;
 };
 
@@ -90,7 +100,9 @@ TEST_F(Page, ReadersTakeTheirWidgetOrTheAnimatedProperty)
     page.SetProperty(guids[4], VariantReal(9.0));
     double real = -1.0;
     fx.radiusX.GetValue(-1.0, &real);
+    EXPECT_EQ(page.asked, -1.0);  // now stays now
     fx.sides.GetValue(50.0, &got);
+    EXPECT_EQ(page.asked, 2.0);  // frame 50 at 25 frames a second
     EXPECT_EQ(real, 0.125);
     EXPECT_EQ(got, 9);
 }
@@ -195,6 +207,12 @@ TEST_F(Overlay, DragsShowOnThePageAndCommitAtRelease)
     // changes nothing.
     for (int event : {OVERLAY_PRESS, OVERLAY_DRAG, OVERLAY_RELEASE})
         fx.Mouse(event, 150.0f, 80.0f);
+    // A handle is hit strictly inside 5 / zoom = 2.5 px of it: its rim is outside.
+    for (const auto& [x, y] : {std::pair{132.5f, 50.0f}, {127.5f, 50.0f}, {130.0f, 52.5f}, {130.0f, 47.5f}}) {
+        fx.Mouse(OVERLAY_PRESS, x, y);
+        EXPECT_EQ(fx.outerCircle.activeHandle, 0) << x << ", " << y;
+        fx.Mouse(OVERLAY_RELEASE, x, y);
+    }
     EXPECT_TRUE(page.Writes().empty());
     EXPECT_EQ(page.GetHwndControl(ID_RADIUS_PSF2)->value.vt, VT_EMPTY);
     // The outer circle's x handle, dragged 10 px further out: 2 x 40 / 200.

@@ -166,7 +166,12 @@ TEST(FormatGeometry, SixteenFormatsAsPublished)
         // 5 x 3 pixels: the colour plane, then one alpha sample a pixel.
         EXPECT_EQ(hostBufferBytes(f.code, 5, 3), size_t(15 * f.samples * f.bytes + (f.alpha ? 15 * f.bytes : 0)));
         EXPECT_EQ(hostBufferRow(f.code, 10, 3), f.bottomUp ? 6 : 3) << f.name;
+        EXPECT_EQ(g->videoRange, f.code == 2) << f.name;
+        EXPECT_EQ(hostFullScale(f.bytes), f.bytes == 1 ? 255.0f : f.bytes == 2 ? 16384.0f : 1.0f);
     }
+    // Video range 16 to 235 at 8 bits, chroma 128 +- 112; 1.0 is 16384 in 2.14.
+    EXPECT_EQ(std::tuple(kHostVideoBlack, kHostVideoSpan, kHostChromaZero, kHostChromaSpan, kHostFixedOne),
+              std::tuple(16, 235 - 16, 128, 240 - 16, 1 << 14));
     GUID near = MFIF_RGBA_FLOAT;
     near.Data4[7] ^= 0x40;
     EXPECT_EQ(hostFormatCodeOf(near) + hostFormatCodeOf(IID_IUnknown), 0);

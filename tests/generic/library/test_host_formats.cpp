@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "generic/library/HostFormatTables.h"
 #include "generic/library/HostPixelFormat.h"
 #include "hostsdk/image_formats.h"
 
@@ -25,30 +26,33 @@ constexpr Format kFormats[17] = {{0, 0, 0, 0, 0}, {0, 0, 0, 4, 1}, {0, 0, 1, 4, 
                                  {1, 1, 1, 2, 1}, {2, 1, 1, 2, 1}, {0, 0, 1, 4, 2}, {3, 0, 1, 2, 2}, {4, 0, 1, 2, 2},
                                  {3, 1, 1, 2, 2}, {4, 1, 1, 2, 2}, {0, 0, 1, 4, 4}, {5, 0, 1, 2, 4}, {6, 0, 1, 2, 4},
                                  {5, 1, 1, 2, 4}, {6, 1, 1, 2, 4}};
-// Decode matrices by family: rows R G B, columns Y Cb Cr.
-constexpr float kDecode[7][9] = {
-    {},
-    {149.621048f, 0, 205.086334f, 149.621048f, -50.3406448f, -104.46479f, 149.621048f, 259.210327f, 0},
-    {149.621048f, 0, 230.363678f, 149.621048f, -27.4020767f, -68.4777527f, 149.621048f, 271.439484f, 0},
-    {1.99993896f, 0, 2.80391431f, 1.99993896f, -0.688251019f, -1.42822838f, 1.99993896f, 3.54389167f, 0},
-    {1.99993896f, 0, 3.14950395f, 1.99993896f, -0.374636561f, -0.936219454f, 1.99993896f, 3.71108675f, 0},
-    {32767, 0, 45939.332f, 32767, -11276.3047f, -23400.0938f, 32767, 58063.1211f, 0},
-    {32767, 0, 51601.4727f, 32767, -6138.04541f, -15339.0195f, 32767, 60802.4453f, 0}};
-// Encode matrices by family: rows Y Cb Cr, columns R G B.
-constexpr float kEncode[7][9] = {
-    {},
-    {0.00199838053f, 0.00392324291f, 0.000761926058f, -0.00115350401f, -0.00226457161f, 0.00341807539f,
-     0.00341807539f, -0.00286220689f, -0.000555860635f},
-    {0.00142092444f, 0.00478008064f, 0.000482552103f, -0.000783233729f, -0.00263484172f, 0.00341807539f,
-     0.00341807539f, -0.00310465437f, -0.000313421129f},
-    {0.149504557f, 0.293508977f, 0.0570017397f, -0.0843705758f, -0.165637046f, 0.250007629f, 0.250007629f,
-     -0.209350392f, -0.0406572409f},
-    {0.106303237f, 0.357610911f, 0.0361011028f, -0.0572877489f, -0.192719892f, 0.250007629f, 0.250007629f,
-     -0.22708343f, -0.0229241997f},
-    {9.12503401e-06f, 1.79143663e-05f, 3.47911009e-06f, -5.14957128e-06f, -1.0109683e-05f, 1.52592547e-05f,
-     1.52592547e-05f, -1.27777339e-05f, -2.48152105e-06f},
-    {6.4882347e-06f, 2.18268378e-05f, 2.20343645e-06f, -3.49656671e-06f, -1.17626887e-05f, 1.52592547e-05f,
-     1.52592547e-05f, -1.38600726e-05f, -1.39918211e-06f}};
+// The matrices of each family follow from the published luma weights of red
+// and blue, ITU-R BT.601 (0.299, 0.114) for odd families and BT.709 (0.2126,
+// 0.0722) for even ones, with luma in units of 32767 / 219 and chroma of
+// 32767 / 224 at 8 bits, both 32767 / 16384 in 2.14 and 32767 in float.
+struct Matrices {
+    double decode[9];  // rows R G B, columns Y Cb Cr
+    double encode[9];  // rows Y Cb Cr, columns R G B
+};
+Matrices published(int family)
+{
+    const double kr = family % 2 ? 0.299 : 0.2126, kb = family % 2 ? 0.114 : 0.0722, kg = 1 - kr - kb;
+    const int depth = (family - 1) / 2;  // 8-bit, 2.14, float
+    const double luma = depth == 0 ? 32767.0 / 219 : depth == 1 ? 32767.0 / 16384 : 32767.0;
+    const double chroma = depth == 0 ? 32767.0 / 224 : luma;
+    Matrices m = {{luma, 0, 2 * (1 - kr) * chroma,                                            // R
+                   luma, -2 * kb * (1 - kb) / kg * chroma, -2 * kr * (1 - kr) / kg * chroma,  // G
+                   luma, 2 * (1 - kb) * chroma, 0},                                           // B
+                  {kr / luma, kg / luma, kb / luma,                                           // Y
+                   -kr / (2 * (1 - kb)) / chroma, -kg / (2 * (1 - kb)) / chroma, 0.5 / chroma,
+                   0.5 / chroma, -kg / (2 * (1 - kr)) / chroma, -kb / (2 * (1 - kr)) / chroma}};
+    return m;
+}
+
+// The effect's single-precision matrices, used by the reference below once the
+// test HostMatrices has found them to be the published ones.
+const float (&kDecode)[kHostColourFamilyCount][9] = hostDecodeMatrix;
+const float (&kEncode)[kHostColourFamilyCount][9] = hostEncodeMatrix;
 
 // Sample rules; a cut is the conversion to int, toward zero, and NaN gives 0. Code 2's
 // colour narrows to 16 bits before its lower limit.
@@ -200,6 +204,20 @@ std::vector<int> samples(const Frame& frame)
                  : std::vector<int>();
 }
 std::vector<int> samples(const Buffer& b) { return std::vector<int>(b.bytes.begin(), b.bytes.end()); }
+
+TEST(HostMatrices, AreThePublishedOnesInSinglePrecision)
+{
+    // The stored constants are those of the original, rounded once more than a
+    // float of the exact value: they agree to a few parts in a million (the
+    // smallest terms to about 1e-5), far closer than a wrong weight or scale.
+    for (int family = 1; family <= 6; ++family) {
+        const Matrices m = published(family);
+        for (int i = 0; i < 9; ++i) {
+            EXPECT_NEAR(kDecode[family][i], m.decode[i], 2e-5 * std::fabs(m.decode[i])) << family << " " << i;
+            EXPECT_NEAR(kEncode[family][i], m.encode[i], 2e-5 * std::fabs(m.encode[i])) << family << " " << i;
+        }
+    }
+}
 
 TEST(HostFormatPick, NamesFifteenFormatsInOrderAndNeverSixteen)
 {

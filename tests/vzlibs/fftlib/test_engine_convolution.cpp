@@ -182,48 +182,4 @@ TEST(EngineSampleTypes, ThirtyTwoBitReadsLumaFromTheFirstPixelsBytesAndNarrowsAl
 
 }
 
-// The colour weights are single-precision constants widened to double; the
-// tolerances below are far tighter than the gap to the decimal values.
-double single(double v) { return double(float(v)); }
-
-TEST(EngineConstants, LoadWeightsAndStoreMatrixAreSinglePrecision)
-{
-    Image psf(dotPsf(8, 8));
-    FftEngine engine;
-    ASSERT_TRUE(engine.PrepareKernel(psf.rec, 0));  // margin 0: the frame fills the 8 x 8 plane
-    Image frame(8, 8, 4, 1);
-    std::mt19937 rng(99);
-    randomise(frame, rng);
-    Image out(image_clone(frame.rec));
-    ASSERT_TRUE(engine.SetInput(frame.rec) && engine.Run(out.rec, 15));
-    for (int i = 0; i < 64; ++i) {
-        auto in = [&](int c) { return frame.get(i % 8, i / 8, c) / 65535.0; };
-        const double c0 = in(0), c1 = in(1), c2 = in(2), scale = 1.0 / 64.0;
-        EXPECT_NEAR(engine.lumaPlane[i] * scale, c2 * single(0.114) + c1 * single(0.587) + c0 * single(0.299), 1e-13);
-        EXPECT_NEAR(engine.chromaAPlane[i] * scale, c0 * single(0.5) - c1 * single(0.418688) - c2 * single(0.081312) + 0.5,
-                    1e-13);
-        EXPECT_NEAR(engine.chromaBPlane[i] * scale,
-                    c2 * single(0.617689) - (c1 * single(0.418688) + c0 * single(0.213267)) + 0.5, 1e-13);
-    }
-    // Flat 32-bit frame: R = 2^31, B = 3 x 2^30, G = 0. The luma of 32-bit frames
-    // comes from the low bytes of the first pixel, here all zero, so R and B
-    // depend on the chroma terms alone, at 2^32 steps to 1.0.
-    Image wide(8, 8, 4, 2);
-    wide.each([&](int x, int y, int c) { wide.set(x, y, c, c == 0 ? 0x80000000u : c == 2 ? 0xC0000000u : 0u); });
-    Image wideOut(image_clone(wide.rec));
-    ASSERT_TRUE(engine.SetInput(wide.rec) && engine.Run(wideOut.rec, 7));
-    auto expected = [](bool singleConstants) {
-        auto c = [singleConstants](double v) { return singleConstants ? single(v) : v; };
-        const double r = 0.5, b = 0.75, m = 4294967295.0;
-        const double A = r * c(0.5) - b * c(0.081312), B = b * c(0.617689) - r * c(0.213267);
-        return std::make_pair(std::floor(c(1.402) * A * m + 0.5), std::floor(B * c(1.430612) * m + 0.5));
-    };
-    const auto want = expected(true), decimal = expected(false);
-    ASSERT_GT(std::abs(want.first - decimal.first), 8.0);  // the two sets of constants are told apart
-    ASSERT_GT(std::abs(want.second - decimal.second), 8.0);
-    EXPECT_NEAR(double(wideOut.get(3, 3, 0)), want.first, 1.0);
-    EXPECT_NEAR(double(wideOut.get(3, 3, 2)), want.second, 1.0);
-    EXPECT_EQ(wideOut.get(3, 3, 1), 0u);  // green falls below 0 and is clamped
-}
-
 }  // namespace
