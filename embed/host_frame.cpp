@@ -143,7 +143,7 @@ RowAt rowAt(uint8_t* data, const HostFormatGeometry& format, int32_t columns, in
 
 // One row of RGBA pixels (`at(x)` gives pixel x) into / out of a buffer row.
 template <typename PixelAt>
-void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, PixelAt at)
+void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, PixelAt at, bool keepRange)
 {
     const int32_t bytes = format.sampleBytes;
     if (format.pairs) {
@@ -163,6 +163,8 @@ void storeRow(const HostFormatGeometry& format, int32_t columns, RowAt to, Pixel
             storeRgbaSamples<uint8_t>(at(0), columns, to.colour);
         else if (bytes == 2)
             storeRgbaSamples<int16_t>(at(0), columns, to.colour);
+        else if (keepRange)
+            std::memcpy(to.colour, at(0), static_cast<size_t>(columns) * 4 * sizeof(float));
         else
             storeRgbaSamples<float>(at(0), columns, to.colour);
     } else {
@@ -239,7 +241,7 @@ ComRef<MemoryImage> newHostImage(const HostFormatGeometry& format, int32_t width
 }
 
 void storeHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t width, int32_t height,
-                    int32_t rows, const FrameRows& source)
+                    int32_t rows, const FrameRows& source, bool keepRange)
 {
     const int32_t columns = hostFrameColumns(width, format);
     std::vector<float> chunk(static_cast<size_t>(kChunkRows) * width * 4);
@@ -248,8 +250,9 @@ void storeHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_
         source(top, count, chunk.data());
         for (int32_t y = top; y < top + count; ++y) {
             const float* row = &chunk[static_cast<size_t>(y - top) * width * 4];
-            storeRow(format, columns, rowAt(image->Data(), format, columns, rows, y),
-                     [&](int32_t x) { return row + static_cast<size_t>(std::min(x, width - 1)) * 4; });
+            storeRow(
+                format, columns, rowAt(image->Data(), format, columns, rows, y),
+                [&](int32_t x) { return row + static_cast<size_t>(std::min(x, width - 1)) * 4; }, keepRange);
         }
     }
     // Rows below the frame repeat its last row.

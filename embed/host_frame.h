@@ -35,9 +35,11 @@ using FrameRows = std::function<void(int32_t y, int32_t count, float* rgba)>;
 // width x height frame that `source` gives; columns and rows beyond the frame
 // repeat its last ones. Cb Y Cr Y formats get the colour through the format's
 // matrix (ITU-R BT.601 or BT.709), in video range at 8 bits, with the chroma
-// of each pair averaged.
+// of each pair averaged. Samples are limited to 0 to 1, except, with
+// `keepRange`, those of MFIF_RGBA_FLOAT, which are stored as they are (the
+// scene-linear frames).
 void storeHostImage(MemoryImage* image, const HostFormatGeometry& format, int32_t width, int32_t height,
-                    int32_t rows, const FrameRows& source);
+                    int32_t rows, const FrameRows& source, bool keepRange = false);
 
 // Hands the top-left width x height pixels of such an image to `sink`, a few
 // rows at a time; a format without alpha gives full alpha.

@@ -44,6 +44,28 @@ void render(const EffectModule& module, const std::string& scene, const std::str
     runRender(module, request, parameterOptions);
 }
 
+// The night scene in scene-linear light, its lights at 4 to 40, defocused
+// with the hexagon in a scene-linear render, and a display picture of the
+// result.
+void renderSceneLinear(const EffectModule& module, const std::string& directory)
+{
+    namespace fs = std::filesystem;
+    const std::string scene = (fs::path(directory) / "night-light.exr").string();
+    const std::string output = (fs::path(directory) / "night-linear.exr").string();
+    const std::string picture = (fs::path(directory) / "night-linear.png").string();
+    ImageFrame light = makeNightScene(kWidth, kHeight, true);
+    light.depth = SampleDepth::Float;
+    writeImage(scene, light, SampleDepth::Float, 3);
+    render(module, scene, output,
+           {"--linear", "--shape", "polygon", "--sides", "6", "--radius-x", "0.02", "--rotation", "15"}, "", "");
+    ImageFrame result = readImage(output);
+    toneMap(result);
+    writeImage(picture, result, SampleDepth::U8, 3);
+    std::printf("  %-16s the night scene in scene-linear light, lights at 4 to 40 (float)\n", "night-light.exr");
+    std::printf("  %-16s its scene-linear render with the hexagon (float)\n", "night-linear.exr");
+    std::printf("  %-16s that render tone-mapped for display\n", "night-linear.png");
+}
+
 }  // namespace
 
 void runDemo(const EffectModule& module, const std::string& directory)
@@ -72,6 +94,7 @@ void runDemo(const EffectModule& module, const std::string& directory)
         render(module, scene, output, demo.options, demo.spread ? aperture : "", "");
         std::printf("  %-16s %s\n", demo.file, demo.what);
     }
+    renderSceneLinear(module, directory);
     const std::string overlay = (fs::path(directory) / "overlay.png").string();
     try {
         render(module, scene, (fs::path(directory) / "star.png").string(), renders[2].options, aperture, overlay);

@@ -42,8 +42,9 @@ void fillRect(ImageFrame& f, int x0, int y0, int x1, int y1, const float colour[
             std::copy(colour, colour + 3, f.Pixel(x, y));
 }
 
-// A light: a disc of `radius` with a soft edge, added to what is there.
-void addLight(ImageFrame& f, float cx, float cy, float radius, const float colour[3])
+// A light: a disc of `radius` with a soft edge, added to what is there,
+// `level` times its colour; with no level given, limited to 1.
+void addLight(ImageFrame& f, float cx, float cy, float radius, const float colour[3], float level = 0.0f)
 {
     const int reach = static_cast<int>(radius) + 2;
     for (int y = static_cast<int>(cy) - reach; y <= static_cast<int>(cy) + reach; ++y)
@@ -54,14 +55,21 @@ void addLight(ImageFrame& f, float cx, float cy, float radius, const float colou
             const float w = std::clamp(radius + 0.5f - d, 0.0f, 1.0f);
             float* p = f.Pixel(x, y);
             for (int c = 0; c < 3; ++c)
-                p[c] = std::min(1.0f, p[c] + w * colour[c]);
+                p[c] = level > 0.0f ? p[c] + w * colour[c] * level : std::min(1.0f, p[c] + w * colour[c]);
         }
 }
 
 }  // namespace
 
-ImageFrame makeNightScene(int width, int height)
+ImageFrame makeNightScene(int width, int height, bool lightLevels)
 {
+    // Scene-linear levels of the lights: the street lamps, and the others
+    // spread over 4 to 40 by their index (no draw of the generator, so that
+    // the scene stays the same).
+    constexpr float kLampLevel = 24.0f, kLowLevel = 4.0f, kHighLevel = 40.0f;
+    auto levelOf = [&](int i) {
+        return lightLevels ? kLowLevel + (kHighLevel - kLowLevel) * static_cast<float>(i * 37 % 60) / 59.0f : 0.0f;
+    };
     ImageFrame f = blank(width, height);
     SceneRandom random;
     // Sky: deep blue at the top to near black at the horizon.
@@ -91,13 +99,21 @@ ImageFrame makeNightScene(int width, int height)
     const float palette[][3] = {{1.0f, 0.85f, 0.55f}, {1.0f, 0.3f, 0.2f}, {0.35f, 0.6f, 1.0f},
                                 {0.4f, 1.0f, 0.5f},   {1.0f, 1.0f, 1.0f}, {1.0f, 0.5f, 0.9f}};
     for (int i = 0; i < 10; ++i)
-        addLight(f, (i + 0.5f) * width / 10.0f, height * 0.78f, 2.5f, palette[0]);
+        addLight(f, (i + 0.5f) * width / 10.0f, height * 0.78f, 2.5f, palette[0], lightLevels ? kLampLevel : 0.0f);
     for (int i = 0; i < 60; ++i) {
         const float* colour = palette[static_cast<int>(random.Next() * 6) % 6];
         addLight(f, random.Between(0, width), random.Between(0.3f, 0.95f) * height, random.Between(0.6f, 3.5f),
-                 colour);
+                 colour, levelOf(i));
     }
     return f;
+}
+
+void toneMap(ImageFrame& frame, float knee)
+{
+    const float span = 1.0f - knee;
+    for (size_t i = 0; i < frame.rgba.size(); ++i)
+        if (i % 4 != 3 && frame.rgba[i] > knee)
+            frame.rgba[i] = knee + span * (1.0f - std::exp(-(frame.rgba[i] - knee) / span));
 }
 
 ImageFrame makeStarAperture(int width, int height, float radius)

@@ -113,12 +113,15 @@ FramePipeline::LoadedFrame FramePipeline::load(long f, HostFrames images)
     const bool fileAlpha = keepFileAlpha && (frame.channels == 2 || frame.channels == 4);
     if (fileAlpha)
         loaded.alpha.resize(static_cast<size_t>(frame.width) * frame.height);
-    storeHostImage(images.input.get(), format, frame.width, frame.height, setup.rows,
-                   [&](int32_t y, int32_t count, float* rgba) {
-                       reader.ReadRows(y, count, rgba);
-                       for (size_t i = 0; fileAlpha && i < static_cast<size_t>(count) * frame.width; ++i)
-                           loaded.alpha[static_cast<size_t>(y) * frame.width + i] = rgba[i * 4 + 3];
-                   });
+    storeHostImage(
+        images.input.get(), format, frame.width, frame.height, setup.rows,
+        [&](int32_t y, int32_t count, float* rgba) {
+            reader.ReadRows(y, count, rgba);
+            setup.light.ToFrame(rgba, static_cast<size_t>(count) * frame.width, frame.format);
+            for (size_t i = 0; fileAlpha && i < static_cast<size_t>(count) * frame.width; ++i)
+                loaded.alpha[static_cast<size_t>(y) * frame.width + i] = rgba[i * 4 + 3];
+        },
+        setup.light.Linear());
     // With one field rendered, the other keeps the input: the output starts
     // as its copy. Otherwise the effect writes every pixel.
     if (plan.fieldMask != DS_FIELDS_BOTH)
@@ -170,14 +173,22 @@ void FramePipeline::write(long f, const LoadedFrame& frame, const Rendered& rend
     std::optional<ImageWriter> withOverlay;
     if (const RunOutput* o = outputs.Find(OutputKind::Overlay))
         withOverlay.emplace(o->Path(f), h.width, h.height, depth, h.channels, r.compression);
+    // Each file gets the rows in its own alpha convention.
+    std::vector<float> overlayRows;
+    const std::string outputFormat = output.FormatName();
     loadHostImage(frame.images.output.get(), *setup.format, h.width, h.height, setup.rows,
                   [&](int32_t y, int32_t count, float* rgba) {
-                      for (size_t i = 0; !frame.alpha.empty() && i < static_cast<size_t>(count) * h.width; ++i)
+                      const size_t pixels = static_cast<size_t>(count) * h.width;
+                      for (size_t i = 0; !frame.alpha.empty() && i < pixels; ++i)
                           rgba[i * 4 + 3] = frame.alpha[static_cast<size_t>(y) * h.width + i];
+                      if (withOverlay)
+                          overlayRows.assign(rgba, rgba + pixels * 4);
+                      setup.light.ToFile(rgba, pixels, outputFormat);
                       output.WriteRows(count, rgba);
                       if (withOverlay) {
-                          compositeOverlay(rgba, h.width, y, count, rendered.layer);
-                          withOverlay->WriteRows(count, rgba);
+                          setup.light.ToFile(overlayRows.data(), pixels, withOverlay->FormatName());
+                          compositeOverlay(overlayRows.data(), h.width, y, count, rendered.layer);
+                          withOverlay->WriteRows(count, overlayRows.data());
                       }
                   });
     output.Finish();

@@ -153,7 +153,8 @@ ImageReader::ImageReader(const std::string& path) : file(std::make_unique<File>(
     if (layout.nchannels < 1 || layout.nchannels > 4)
         throw Failure("cannot use " + path + ": it has " + std::to_string(layout.nchannels) +
                       " channels; grey, grey + alpha, RGB and RGBA (1 to 4) are supported");
-    header = ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format)};
+    header = ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format),
+                         file->in->format_name()};
 }
 
 ImageReader::~ImageReader() = default;
@@ -278,6 +279,8 @@ void ImageWriter::Finish()
     file->finished = true;
     commit(file->temporary, file->target);
 }
+
+std::string ImageWriter::FormatName() const { return file->out->format_name(); }
 
 ImageHeader readImageHeader(const std::string& path) { return ImageReader(path).Header(); }
 

@@ -16,6 +16,7 @@ struct ImageHeader {
     int height = 0;
     int channels = 0;  // 1 grey, 2 grey + alpha, 3 RGB, 4 RGBA
     SampleDepth depth = SampleDepth::U8;
+    std::string format;  // OpenImageIO's name of the file format: "openexr", "png", ...
 };
 
 // A picture in memory: four floats a pixel (R G B A, 1.0 full), rows top-down.
@@ -67,6 +68,8 @@ public:
     // The next `count` rows, four floats a pixel.
     void WriteRows(int count, const float* rgba);
     void Finish();
+    // OpenImageIO's name of the format written: "openexr", "png", ...
+    std::string FormatName() const;
 
 private:
     struct File;

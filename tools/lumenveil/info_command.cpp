@@ -39,10 +39,10 @@ void printEffectInfo(const EffectModule& module)
                 "         Spread (index 1, optional), the picture the Image shape cuts its aperture from;\n"
                 "         without it the aperture is cut from Input (render --spread FILE)\n");
     std::printf("parameters:\n");
-    std::printf("  %-18s %-26s %-8s %-8s %-30s %s\n", "name", "option", "type", "default", "page range", "animatable");
+    std::printf("  %-20s %-26s %-8s %-8s %-30s %s\n", "name", "option", "type", "default", "page range", "animatable");
     for (const Parameter& p : effect.Parameters()) {
         const std::string option = p.isFlag() ? "--[no-]" + p.option : "--" + p.option;
-        std::printf("  %-18s %-26s %-8s %-8s %-30s %s\n", p.name.c_str(), option.c_str(), typeName(p),
+        std::printf("  %-20s %-26s %-8s %-8s %-30s %s\n", p.name.c_str(), option.c_str(), typeName(p),
                     formatParameterValue(p, p.defaultValue).c_str(), describeRange(p).c_str(),
                     p.animated ? "yes" : "no");
     }

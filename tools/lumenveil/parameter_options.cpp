@@ -88,3 +88,17 @@ void ParameterOptions::Apply(EffectInstance& effect) const
         effect.Set(*pair->y, y);
     }
 }
+
+bool ParameterOptions::Given(const std::string& name) const
+{
+    for (const auto& single : singles)
+        if (single->parameter->name == name)
+            return single->option->count() > 0;
+    for (const auto& flag : flags)
+        if (flag->parameter->name == name)
+            return flag->on->count() > 0 || flag->off->count() > 0;
+    for (const auto& pair : pairs)
+        if ((pair->x && pair->x->name == name) || (pair->y && pair->y->name == name))
+            return pair->given && pair->given->count() > 0;
+    return false;
+}

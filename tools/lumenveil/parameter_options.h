@@ -22,6 +22,9 @@ public:
     // Sets every parameter whose option was given on `effect`; UsageError for a
     // malformed or out-of-range value.
     void Apply(EffectInstance& effect) const;
+    // Whether the option of the parameter with property name `name` was
+    // given (a flag's --NAME or --no-NAME, a position's X,Y for either half).
+    bool Given(const std::string& name) const;
 
 private:
     struct Single {

@@ -53,6 +53,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     if (outputs.Find(OutputKind::Overlay))
         overlay = std::make_unique<OverlayPainter>(module, effect);
     setParameters(effect, r, parameters);
+    const LightPath light = presetOnly ? LightPath() : chooseLightPath(effect, r, parameters);
     if (!r.savePreset.empty())
         checkWritable(r.savePreset);
     if (presetOnly) {
@@ -61,7 +62,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     }
     // Everything that can be known before the first frame is checked first,
     // so that a bad run writes nothing.
-    const RenderSetup setup = checkRun(effect, r, plan, outputs);
+    const RenderSetup setup = checkRun(effect, r, plan, outputs, light);
     if (!r.savePreset.empty())
         writeTextFile(r.savePreset, effect.SavePreset());
 

@@ -93,7 +93,7 @@ RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
 }
 
 RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const RenderPlan& plan,
-                     const RunOutputs& outputs)
+                     const RunOutputs& outputs, const LightPath& light)
 {
     const FrameRange range = plan.range;
     for (long f = range.first; f <= range.last; ++f) {
@@ -103,7 +103,8 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
     }
     RenderSetup setup;
     setup.header = readImageHeader(framePath(r.input, range.first));
-    setup.format = chooseHostFormat(r.hostFormat, setup.header.depth);
+    setup.light = light;
+    setup.format = chooseHostFormat(r.hostFormat, light.Linear() ? SampleDepth::Float : setup.header.depth);
     setup.rows = hostFrameRows(setup.header.height, !r.exactHostFrame);
     const int32_t columns = hostFrameColumns(setup.header.width, *setup.format);
     for (long f = range.first; f <= range.last; ++f) {

@@ -14,6 +14,7 @@
 #include "tools/lumenveil/image_file.h"
 #include "tools/lumenveil/render_outputs.h"
 #include "tools/lumenveil/render_request.h"
+#include "tools/lumenveil/scene_linear.h"
 
 // The checked form of a request.
 struct RenderPlan {
@@ -33,13 +34,15 @@ struct RenderSetup {
     ImageHeader header;  // of the first frame
     const HostFormatGeometry* format = nullptr;
     int32_t rows = 0;    // handed to the effect: the height, or it padded to whole row slices
+    LightPath light;     // how rows pass between the files and the frames
 };
 
 // Failure unless every input (and Spread) file of the range exists, every
 // frame fits the transform of the effect's engine at its time, and every
-// output can be written.
+// output can be written. A scene-linear `light` path hands frames over as
+// MFIF_RGBA_FLOAT whatever the files' depth.
 RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& request, const RenderPlan& plan,
-                     const RunOutputs& outputs);
+                     const RunOutputs& outputs, const LightPath& light);
 
 // Failure unless the directory of `path` exists and can be written to.
 void checkWritable(const std::string& path);

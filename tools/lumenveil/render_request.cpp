@@ -52,5 +52,12 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
     command.add_option("--psf", r.psf,
                        "Also write the point-spread picture the effect used for the frame: the image of one point "
                        "of light through the aperture, grey, of the frame's size (with its padded rows)");
+    command.add_option("--exposure", r.exposure,
+                       "With --linear: multiply the input's colour by 2^STOPS before the render and the output's by "
+                       "2^-STOPS after it, e.g. to lift an 8-bit picture's near-white above the highlight threshold")
+        ->type_name("STOPS");
+    command.add_flag("--unassociated-alpha", r.unassociatedAlpha,
+                     "Read and write OpenEXR colour as stored, not multiplied by alpha (by default EXR files are "
+                     "taken as associated, as their convention says; PNG and TIFF are always unassociated)");
     command.add_flag("-q,--quiet", r.quiet, "No progress line on stderr");
 }

@@ -22,11 +22,13 @@ struct RenderRequest {
     std::string keep;
     std::string fields = "both";
     std::vector<std::string> keys;
+    std::string exposure;  // stops, with --linear; empty: none
     double rate = 25.0;
     double pixelAspect = 1.0;
     bool matte = false;
     bool exactHostFrame = false;
     bool quiet = false;
+    bool unassociatedAlpha = false;  // OpenEXR files taken as unassociated
 };
 
 // Adds the render command's own options (not the parameters) to `command`,
