@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <string>
 
+#include "embed/effect_instance.h"
 #include "tools/lumenveil/alpha_convention.h"
-#include "tools/lumenveil/effect_instance.h"
 #include "tools/lumenveil/parameter_options.h"
 #include "tools/lumenveil/render_request.h"
 
