@@ -54,6 +54,29 @@ bool parseDouble(const std::string& text, double* value)
 
 }  // namespace
 
+namespace {
+
+// The units of the effect's parameters, by property name: the radii are
+// fractions of half the frame's width, as the effect takes them.
+constexpr const char* kHalfWidth = "a fraction of half the frame's width: 0.05 on a 1920-wide frame is 48 pixels";
+constexpr struct {
+    const char* name;
+    const char* unit;
+} kUnits[] = {
+    {"RadiusX", kHalfWidth},    {"RadiusY", kHalfWidth}, {"RadiusPSF1", kHalfWidth},
+    {"RadiusPSF2", kHalfWidth}, {"Rotation", "degrees"},
+};
+
+std::string unitOf(const std::string& name)
+{
+    for (const auto& u : kUnits)
+        if (name == u.name)
+            return u.unit;
+    return "";
+}
+
+}  // namespace
+
 std::vector<Parameter> readParameters(const CDSPropertiesMap* map)
 {
     std::vector<Parameter> parameters;
@@ -63,7 +86,7 @@ std::vector<Parameter> readParameters(const CDSPropertiesMap* map)
             if (!d || d->hidden())
                 continue;
             Parameter p{d->guid, d->name, d->longName ? d->longName : d->name, optionNameOf(d->name), d->type,
-                        d->defaultValue, d->hasRange(), d->minimum, d->maximum, {}, d->animated()};
+                        d->defaultValue, d->hasRange(), d->minimum, d->maximum, {}, d->animated(), unitOf(d->name)};
             for (int i = 0; d->listEntries && i < d->listCount; ++i)
                 p.listEntries.emplace_back(d->listEntries[i]);
             parameters.push_back(std::move(p));

@@ -8,6 +8,9 @@
 
 #include "hostsdk/CDSParamDef.h"
 
+// The name of the effect's property that picks its transform engine.
+inline constexpr const char* kEngineParameterName = "Engine";
+
 struct Parameter {
     GUID guid;
     std::string name;      // the property's name, "RadiusX"
@@ -19,6 +22,7 @@ struct Parameter {
     double minimum, maximum;
     std::vector<std::string> listEntries;  // names of 0, 1, ... for a list
     bool animated;
+    std::string unit;  // what a value measures, "" where the name says it all
 
     bool isFlag() const { return type == VT_BOOL; }
     bool isInteger() const { return type == VT_I4 || type == VT_UI4 || type == VT_UI8; }

@@ -17,10 +17,10 @@ public:
             throw Failure("the effect does not say what its transform needs");
     }
 
-    DSTransformNeeds Ask(int32_t width, int32_t height) const
+    DSTransformNeeds Ask(int32_t width, int32_t height, int32_t engine = DS_ENGINE_CURRENT) const
     {
         DSTransformNeeds answer{};
-        if (FAILED(needs->GetTransformNeeds(width, height, time, DS_ENGINE_CURRENT, &answer)))
+        if (FAILED(needs->GetTransformNeeds(width, height, time, engine, &answer)))
             throw Failure("the effect cannot say what its transform needs for a " + std::to_string(width) + " x " +
                           std::to_string(height) + " frame");
         return answer;
@@ -47,6 +47,23 @@ private:
     double time;
 };
 
+// "; --engine fast or fast-float takes it": the engines of the effect's
+// Engine list, other than the one it is set to, whose transform takes the
+// frame; "" when none does or the effect offers no choice.
+std::string enginesThatFit(const EffectInstance& effect, const TransformQuestion& question, int32_t width,
+                           int32_t height)
+{
+    const Parameter* engine = findParameter(effect.Parameters(), kEngineParameterName);
+    if (!engine)
+        return "";
+    const int32_t current = static_cast<int32_t>(effect.Get(*engine, -1.0));
+    std::string names;
+    for (int32_t i = 0; i < static_cast<int32_t>(engine->listEntries.size()); ++i)
+        if (i != current && question.Ask(width, height, i).fits)
+            names += (names.empty() ? "" : " or ") + engine->listEntries[static_cast<size_t>(i)];
+    return names.empty() ? "" : "; --engine " + names + " takes it";
+}
+
 }  // namespace
 
 std::string transformLimitProblem(const EffectInstance& effect, int32_t width, int32_t height, double time)
@@ -67,5 +84,5 @@ std::string transformLimitProblem(const EffectInstance& effect, int32_t width, i
     return "a " + std::to_string(width) + " x " + std::to_string(height) + " frame with a blur reach of " +
            reachText + " px needs a transform of " + std::to_string(side) + ", above the largest, " +
            std::to_string(needs.largestSide) + "; at this radius frames up to " + std::to_string(widest) +
-           " wide and " + std::to_string(tallest) + " high work";
+           " wide and " + std::to_string(tallest) + " high work" + enginesThatFit(effect, question, width, height);
 }

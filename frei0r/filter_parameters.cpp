@@ -61,7 +61,7 @@ FilterParameter fromProperty(const Parameter& p, const std::map<std::string, std
         f.maximum = p.maximum;
         f.mapped = !withinUnit(p);
     }
-    f.explanation += ": " + rangeText(f, p) + (p.animated ? "; animatable" : "");
+    f.explanation += ": " + rangeText(f, p) + (p.animated ? "; animatable" : "") + (p.unit.empty() ? "" : "; " + p.unit);
     return f;
 }
 

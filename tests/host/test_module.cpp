@@ -288,7 +288,8 @@ TEST_F(Execute, TransformNeedsFollowTheApertureAtItsTimeAndTheEngine)
         {0, 0.0, 0.3, 0.1, 0.1, 200, 150, 0.5f},                     // at least half a pixel
         {3, 0.2, 0.2, 0.3, 0.1, 100, 90, 5.0f + 10.0f},              // inner 5, softness 15 - 5
         {3, 0.2, 0.2, 0.2, 0.2, 100, 90, 10.0f + 1.0f},              // softness 0 counts as 1
-        {0, 0.3, 0.3, 0.1, 0.1, 8000, 40, float(0.3 * 0.5 * 8000)},  // too large
+        {0, 0.3, 0.3, 0.1, 0.1, 8000, 40, float(0.3 * 0.5 * 8000)},    // too large for the square transform
+        {0, 0.3, 0.3, 0.1, 0.1, 15000, 40, float(0.3 * 0.5 * 15000)},  // too large for every engine
     };
     ComRef<IDSTransformNeeds> ask = ComRef<IDSTransformNeeds>::Query(effect.p, IID_IDSTransformNeeds);
     ASSERT_TRUE(ask);
@@ -311,7 +312,9 @@ TEST_F(Execute, TransformNeedsFollowTheApertureAtItsTimeAndTheEngine)
             EXPECT_EQ(n.margin, margin);
             EXPECT_EQ(n.width, engine == 0 ? side : smooth(c.w + 2 * margin));
             EXPECT_EQ(n.height, engine == 0 ? side : smooth(c.h + 2 * margin));
-            EXPECT_EQ(n.fits, std::max(n.width, n.height) <= 8192 ? 1 : 0);
+            // The square transform's largest side is 8192, the fast modes' 16384.
+            EXPECT_EQ(n.fits, std::max(n.width, n.height) <= (engine == 0 ? 8192 : 16384) ? 1 : 0);
+            EXPECT_EQ(n.largestSide, engine == 0 ? 8192 : 16384);
         }
     }
     DSTransformNeeds n{};

@@ -1,6 +1,7 @@
 // Bad input: one clear message, exit 2 for usage and 1 for failures, and
 // nothing written: no output, no temporary file, an existing output kept.
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "tool_fixture.h"
@@ -99,17 +100,26 @@ int largestWidth(double radius)
     return w;
 }
 
-TEST_F(Errors, FrameTooLargeForTheTransformSaysWhatFits)
+TEST_F(Errors, FrameTooLargeForTheTransformSaysWhatFitsAndWhichEngineTakesIt)
 {
     write("wide.png", Picture(8000, 4, 3), OIIO::TypeDesc::UINT8);
+    write("wider.png", Picture(16000, 4, 3), OIIO::TypeDesc::UINT8);
     before = files();
     const int widest = largestWidth(0.1);
     const int margin = int(std::ceil(float(0.1 * 0.5 * widest))) + 1;
+    // The square transform of 8000 + 2 x 401 is 16384, above 8192; the fast
+    // engines size each side by itself: 8802 rounds up to 8820 = 2^2 3^2 5 7^2,
+    // within their 16384.
     expectRefused({"render", "wide.png", "-o", "keep.png", "--radius-x", "0.1"}, 1,
-                  "up to " + std::to_string(widest) + " wide and " + std::to_string(8192 - 2 * margin) + " high");
-    // The fast engine sizes each side by itself: 8000 + 2 x 401 = 8802 rounds up to 8820 = 2^2 3^2 5 7^2.
-    expectRefused({"render", "wide.png", "-o", "keep.png", "--radius-x", "0.1", "--engine", "fast"}, 1,
-                  "needs a transform of 8820, above the largest, 8192");
+                  "up to " + std::to_string(widest) + " wide and " + std::to_string(8192 - 2 * margin) +
+                      " high work; --engine fast or fast-float takes it");
+    EXPECT_EQ(run({"render", "wide.png", "-o", "wide-out.png", "--radius-x", "0.1", "--engine", "fast"}).exitCode, 0);
+    std::filesystem::remove(path("wide-out.png"));
+    // 16000 + 2 x 801 = 17602 is beyond every engine: no engine is named.
+    const ToolRun r = run({"render", "wider.png", "-o", "keep.png", "--radius-x", "0.1", "--engine", "fast-float"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_NE(r.err.find("needs a transform of 17640, above the largest, 16384"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find("--engine"), std::string::npos) << r.err;
 }
 
 }  // namespace

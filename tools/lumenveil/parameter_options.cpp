@@ -14,6 +14,8 @@ std::string helpOf(const Parameter& p)
     help += "default " + formatParameterValue(p, p.defaultValue);
     if (p.animated)
         help += "; animatable";
+    if (!p.unit.empty())
+        help += "; " + p.unit;
     return help + ")";
 }
 

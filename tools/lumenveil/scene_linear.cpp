@@ -53,7 +53,7 @@ namespace {
 
 // Property names of the parameters the light path reads.
 constexpr const char* kLinear = "Linear";
-constexpr const char* kEngine = "Engine";
+constexpr const char* kEngine = kEngineParameterName;
 constexpr const char* kBrightEmphasis = "Bright Emphasis";
 // The Engine list's entries.
 constexpr const char* kFaithful = "faithful";

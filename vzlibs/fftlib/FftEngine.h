@@ -3,7 +3,7 @@
 // Turns a point-spread image into a stored kernel spectrum (PrepareKernel) and
 // convolves the channels of a frame with it (Run). Transforms are real FFTW
 // transforms, out of place, of paddedWidth x paddedHeight samples, the larger
-// side 2 to 8192; the engine's mode chooses the sizes and the precision (see the
+// side 2 to 8192 (16384 in the fast modes); the engine's mode chooses the sizes and the precision (see the
 // FftMode). Calls return a boolean and leave the reason for a failure in
 // `status` (FftStatus). Plans and planes are kept from frame to frame and remade
 // only when the transform size changes.
@@ -137,7 +137,8 @@ public:
     // The size rules, in one place for PrepareKernel, the PSF builders and any
     // caller that asks ahead what a frame will need.
     //
-    // The largest side of a transform in `mode`.
+    // The largest side of a transform in `mode`: 8192 for mode 4, 16384 for
+    // the fast modes.
     static int64_t LargestSide(uint32_t mode);
     // The transform of `mode` for a width x height image with `margin` pixels
     // kept on every side: mode 4 takes the next power of two of the larger of

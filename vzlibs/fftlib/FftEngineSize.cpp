@@ -6,9 +6,12 @@
 
 namespace {
 
-// The range of either side of a transform.
+// The range of either side of a transform: up to 8192 for the square
+// transforms of mode 4, twice that for the fast modes, whose sides are sized
+// apart (a frame of 7,680 x 4,320 with a wide blur still fits).
 constexpr int64_t kSmallestSide = 2;
-constexpr int64_t kLargestSide = 8192;
+constexpr int64_t kLargestSquareSide = 8192;
+constexpr int64_t kLargestFastSide = 16384;
 
 // Largest margin handed on from a reach; any margin this large is beyond
 // every transform side, so PrepareKernel refuses it with FFT_ERR_SIZE.
@@ -58,7 +61,10 @@ int FftEngine::nextPowerOfTwo(int n, int* exponent)
 
 int FftEngine::nextFastSize(int n) { return static_cast<int>(fastSideAtLeast(n)); }
 
-int64_t FftEngine::LargestSide(uint32_t) { return kLargestSide; }
+int64_t FftEngine::LargestSide(uint32_t mode)
+{
+    return mode == FFT_MODE_FAST || mode == FFT_MODE_FAST_FLOAT ? kLargestFastSide : kLargestSquareSide;
+}
 
 bool FftEngine::TransformSize(uint32_t mode, int64_t width, int64_t height, uint32_t margin, int64_t* sideX,
                               int64_t* sideY)

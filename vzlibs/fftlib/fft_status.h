@@ -3,7 +3,7 @@
 
 enum FftStatus : int {
     FFT_OK = 0,                  // no failure
-    FFT_ERR_SIZE = 1,            // padded transform size outside 2..8192
+    FFT_ERR_SIZE = 1,            // padded transform size outside 2..LargestSide(mode)
     FFT_ERR_MEMORY = 2,          // a buffer or image could not be allocated
     FFT_ERR_INPUT_SIZE = 3,      // frame size differs from the PSF image's
     FFT_ERR_NOT_PREPARED = 4,    // no kernel or no input image

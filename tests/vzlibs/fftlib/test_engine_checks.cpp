@@ -50,7 +50,8 @@ protected:
 TEST_P(EngineModes, SizeRuleWorkedExamplesAndARefusalKeepsThePlanes)
 {
     // Mode 4: one power-of-two side S. Fast modes: each side the smallest at or
-    // above image + 2 x margin with no prime factor above 7. Larger side 2..8192.
+    // above image + 2 x margin with no prime factor above 7. Larger side 2..8192
+    // in mode 4, 2..16384 in the fast modes.
     struct Case {
         int w, h;
         uint32_t margin;
@@ -63,7 +64,9 @@ TEST_P(EngineModes, SizeRuleWorkedExamplesAndARefusalKeepsThePlanes)
         {1, 1, 0, 0, 0, 0},                  // the larger side below 2
         {1, 1, 1, 4, 3, 3},
         {7, 5, 0, 8, 7, 5},
-        {7000, 100, 597, 0, 0, 0},  // 8194 above 8192
+        {7000, 100, 597, 0, 8232, 1296},  // 8194 above 8192 for mode 4; 8232 = 2^3 3 7^3 for the fast modes
+        {16000, 4, 192, 0, 16384, 392},   // 16384 = 2^14, the fast modes' largest side; 388 ... 392 = 2^3 7^2
+        {16000, 4, 193, 0, 0, 0},         // 16386 above 16384
         {7000, 100, 0xFFFFFFFFu, 0, 0, 0},
     };
     FftEngine engine(GetParam());
@@ -124,13 +127,13 @@ TEST_P(EngineModes, EveryRefusalIsAStatusAndFalseAndTouchesNothing)
     EXPECT_TRUE(engine.Run(three.rec, 15));
     EXPECT_NEAR(double(three.get(4, 4, 0)), smallFrame.get(4, 4, 0), 1.0);
 
-    // A size beyond every transform: the new size is not served.
-    expectStatus(engine.PrepareKernel(bigPsf.rec, 4000), FFT_ERR_SIZE);
+    // A size beyond every transform (300 + 2 x 8100 above 16384): the new size is not served.
+    expectStatus(engine.PrepareKernel(bigPsf.rec, 8100), FFT_ERR_SIZE);
     expectBigFrameRefused(engine);
     expectStatus(engine.SetInput(smallFrame.rec), FFT_ERR_INPUT_SIZE);
     // Refused PSF builds: a shape too large for any transform, float samples.
     ASSERT_TRUE(engine.BuildShapePsf(37, 24, 1, 3.0f, 3.0f, 0.0f, 0));
-    expectStatus(engine.BuildShapePsf(300, 200, 1, 5000.0f, 5000.0f, 0.0f, 0), FFT_ERR_SIZE);
+    expectStatus(engine.BuildShapePsf(300, 200, 1, 9000.0f, 9000.0f, 0.0f, 0), FFT_ERR_SIZE);
     expectBigFrameRefused(engine);
     Image floats(300, 200, 1, IMAGE_F32);
     expectStatus(engine.BuildImagePsf(floats.rec, 10, 10, 3.0f, 1.0f), FFT_ERR_PSF_TYPE);
