@@ -3,7 +3,7 @@
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build test test-release test-sanitize bench demo install clean
+.PHONY: all deps build test test-release test-sanitize bench demo install uninstall clean
 
 all: build
 
@@ -31,17 +31,25 @@ bench: build
 	./build/release/bench/lumenveil_bench
 
 # Installs what the build made under PREFIX (DESTDIR=... stages it
-# elsewhere): the frei0r filter in PREFIX/lib/frei0r-1, its description for
-# editors in PREFIX/share/kdenlive/effects, the module and the host stand-in
-# in PREFIX/lib/lumenveil.
+# elsewhere): the tool in PREFIX/bin, its documents in
+# PREFIX/share/doc/lumenveil, the frei0r filter in PREFIX/lib/frei0r-1, its
+# description for editors in PREFIX/share/kdenlive/effects, the module and the
+# host stand-in in PREFIX/lib/lumenveil. `make uninstall` removes what the last
+# install wrote.
 PREFIX ?= /usr/local
 
 install: build
 	cmake --install build/release --prefix $(PREFIX)
 
+uninstall:
+	cmake -DMANIFEST=build/release/install_manifest.txt -P cmake/uninstall.cmake
+
 DEMO_DIR ?= build/demo
 
-demo: build
+# The demo needs the tool and the module alone.
+demo: deps
+	cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release $(CMAKE_FLAGS)
+	cmake --build build/release -j$(JOBS) --target lumenveil LumenveilVZ
 	./build/release/tools/lumenveil/lumenveil demo --out $(DEMO_DIR)
 
 clean:

@@ -29,6 +29,11 @@ std::string locateModule(const std::string& explicitPath, const std::string& hos
     if (!here.empty())
         for (const char* place : {".", "../lib", "../lib/lumenveil", "../lumenveil"})
             candidates.push_back(here / place / kModuleFile);
+#ifdef LUMENVEIL_INSTALL_MODULE_DIR
+    // Where `make install` puts the module, from a program in PREFIX/bin.
+    if (!here.empty())
+        candidates.push_back(here / ".." / LUMENVEIL_INSTALL_MODULE_DIR / kModuleFile);
+#endif
 #ifdef LUMENVEIL_BUILD_MODULE_PATH
     candidates.push_back(LUMENVEIL_BUILD_MODULE_PATH);
 #endif

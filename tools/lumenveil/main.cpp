@@ -12,6 +12,7 @@
 #include "embed/effect_instance.h"
 #include "embed/effect_module.h"
 #include "tools/lumenveil/info_command.h"
+#include "tools/lumenveil/installed_docs.h"
 #include "tools/lumenveil/page_command.h"
 #include "embed/module_locator.h"
 #include "tools/lumenveil/parameter_options.h"
@@ -109,6 +110,7 @@ int runCommand(const Commands& c, const EffectModule* module, const std::string&
 
 int main(int argc, char** argv)
 {
+    useInstalledHelpPage();
     std::string modulePath = modulePathFromArguments(argc, argv);
     EffectModule* module = nullptr;
     std::string moduleError;
@@ -126,6 +128,8 @@ int main(int argc, char** argv)
     app.add_option("--module", modulePath,
                    "Path of the effect module (libLumenveilVZ.so); default $LUMENVEIL_MODULE, then beside the program");
     app.require_subcommand(1);
+    if (const std::string docs = documentsDirectory(); !docs.empty())
+        app.footer("User guide: " + docs + "/user-guide.md");
     Commands commands;
     addCommands(app, commands, parameters);
     try {
