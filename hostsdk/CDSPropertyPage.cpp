@@ -170,11 +170,15 @@ std::string CDSPropertyPage::DescribeState() const
     char line[512];
     for (int i = 0; dialog && i < dialog->controlCount; ++i) {
         const PageWidget* w = GetHwndControl(dialog->controls[i].id);
-        if (!w)
+        if (!w || w->className == "static")
             continue;
-        std::snprintf(line, sizeof line, "%3u %-9s %-18s %s%s", w->id, w->className.c_str(),
-                      w->className == "number" ? "" : w->text.c_str(), w->shown ? "shown" : "hidden",
-                      w->enabled ? "" : " disabled");
+        // A value control is named by the static text that follows it in the
+        // dialog; a check box or button by its own text.
+        const PageWidget* next = i + 1 < dialog->controlCount ? GetHwndControl(dialog->controls[i + 1].id) : nullptr;
+        const bool labelled = next && next->className == "static" && (w->className == "number" || w->className == "combobox");
+        const std::string& label = labelled ? next->text : w->text;
+        std::snprintf(line, sizeof line, "%-18s %-9s %s%s", label.c_str(), w->className.c_str(),
+                      w->shown ? "shown" : "hidden", w->enabled ? "" : " disabled");
         text += line;
         if (w->className == "number") {
             std::snprintf(line, sizeof line, " value=%g range=%g..%g", VariantNumber(w->value), w->rangeLow,
@@ -183,12 +187,14 @@ std::string CDSPropertyPage::DescribeState() const
         } else if (w->className == "checkbox") {
             text += w->checkState == BST_CHECKED ? " checked" : " clear";
         } else if (w->className == "combobox") {
-            std::snprintf(line, sizeof line, " selection=%d entries=", w->selection);
-            text += line;
+            const bool chosen = w->selection >= 0 && static_cast<size_t>(w->selection) < w->listEntries.size();
+            text += " selection=" + (chosen ? w->listEntries[static_cast<size_t>(w->selection)] : std::string("none")) +
+                    " entries=";
             for (size_t e = 0; e < w->listEntries.size(); ++e)
                 text += (e ? "|" : "") + w->listEntries[e];
         }
-        text += "\n";
+        std::snprintf(line, sizeof line, " (control %u)\n", w->id);
+        text += line;
     }
     return text;
 }

@@ -71,8 +71,10 @@ public:
     bool Visible() const { return visible; }
     IUnknown* InspectedObject() const { return object; }
     PropertiesOperator* Properties() const { return properties.get(); }
-    // The page as text: each widget with its class, text, shown, enabled, value,
-    // entries, selection, check state and range.
+    // The page as text, a line a control in dialog order: its label (a value
+    // control's is the static text after it, which gets no line of its own),
+    // class, shown, enabled, value and range, check state, or chosen entry
+    // and entries, and last its control id.
     std::string DescribeState() const;
 
     uint32_t dialogId;
