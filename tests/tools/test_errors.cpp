@@ -68,6 +68,11 @@ TEST_F(Errors, UsageErrorsExitTwo)
     expectRefused({"render", "in.png", "-o", "keep.png", "--rate", "0"}, 2, "--rate");
     expectRefused({"render", "in.png", "-o", "keep.png", "--engine", "warp"}, 2, "warp");
     expectRefused({"render", "in.png", "-o", "keep.png", "--no-such-option"}, 2, "no-such-option");
+    // A mistyped option: the nearest of the command's, within a third of its letters.
+    expectRefused({"render", "in.png", "-o", "keep.png", "--radus-x", "0.1"}, 2, "(did you mean --radius-x?)");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--bright-emphsis=3"}, 2, "(did you mean --bright-emphasis?)");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--ouptut", "x.png"}, 2, "(did you mean --output?)");
+    EXPECT_EQ(run({"render", "in.png", "-o", "keep.png", "--no-such-option"}).err.find("did you mean"), std::string::npos);
     expectRefused({"render", "in.png"}, 2, "-o OUTPUT");
     expectRefused({}, 2, "subcommand");
 }

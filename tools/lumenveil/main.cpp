@@ -13,6 +13,7 @@
 #include "embed/effect_module.h"
 #include "tools/lumenveil/info_command.h"
 #include "tools/lumenveil/installed_docs.h"
+#include "tools/lumenveil/option_suggestion.h"
 #include "tools/lumenveil/page_command.h"
 #include "embed/module_locator.h"
 #include "tools/lumenveil/parameter_options.h"
@@ -141,8 +142,12 @@ int main(int argc, char** argv)
     } catch (const CLI::CallForVersion& e) {
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
-        std::fprintf(stderr, "lumenveil: %s\nRun 'lumenveil %s--help' for the options.\n", e.what(),
-                     commands.render->parsed() ? "render " : "");
+        const CLI::App* chosen = nullptr;
+        for (const CLI::App* command : app.get_subcommands({}))
+            if (command->parsed())
+                chosen = command;
+        std::fprintf(stderr, "lumenveil: %s%s\nRun 'lumenveil %s--help' for the options.\n", e.what(),
+                     suggestOption(app, chosen, argc, argv).c_str(), commands.render->parsed() ? "render " : "");
         return kExitUsage;
     }
     return runCommand(commands, module, moduleError);
