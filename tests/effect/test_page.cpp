@@ -1,6 +1,7 @@
-// The controls of a Lumenveil on a property page with all their widgets: what
-// Shape and Match Radii show, how values are read, and the overlay of the image
-// aperture, what it draws and how drags reach the page and the properties.
+// A Lumenveil on a property page with all its widgets: UpdateControls, and the
+// overlay of the image aperture, what it draws and how drags reach the page and
+// the properties. The controls and overlay items themselves are tested with
+// the parameter block (tests/generic/library).
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,103 +9,21 @@
 #include "effect/Lumenveil.h"
 #include "hostsdk/CDSBasePropertyPage.h"
 #include "hostsdk/gl.h"
+#include "../generic/library/page_fixture.h"
 
 namespace {
 
-// A page that notes the time each animated read asks for.
-struct TimedPage : CDSBasePropertyPage {
-    HRESULT GetAnimatedProperty(const GUID& guid, VARIANT* value, void* params, double time) override
-    {
-        asked = time;
-        return CDSBasePropertyPage::GetAnimatedProperty(guid, value, params, time);
-    }
-    double asked = 0.0;
-};
+using Page = ControlsOnAPage<Lumenveil>;
 
-class Page : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        const uint32_t firstWidget[] = {ID_SHAPE, ID_MATCH_RADII, ID_RADIUS_X, ID_RADIUS_Y, ID_SIDES, ID_ROTATION,
-                                        ID_BRIGHT_EMPHASIS, ID_EMPHASISE_ALPHA, ID_EXTREME_PRECISION, ID_CENTRE,
-                                        ID_RADIUS_PSF1, ID_RADIUS_PSF2};
-        const uint32_t widgetCounts[] = {2, 1, 2, 2, 2, 2, 2, 1, 1, 4, 2, 2};
-        for (int i = 0; i < LumenveilInfo::kControlCount; ++i) {
-            ControlVZ* control = fx.controls()[i];
-            guids[i].Data1 = 0x1000u + static_cast<uint32_t>(i);
-            control->page = &page;
-            control->propertyGuid = &guids[i];
-            control->timeScale = &rate;
-            control->controlId = firstWidget[i];
-            for (uint32_t w = 0; w < widgetCounts[i]; ++w)
-                page.AddControl(firstWidget[i] + w);
-        }
-        fx.centre.propertyGuidY = &guidY;
-    }
-    void select(int32_t shapeCode, int32_t matchOn)
-    {
-        page.GetHwndControl(ID_SHAPE)->selection = shapeCode - 1;
-        page.GetHwndControl(ID_MATCH_RADII)->checkState = matchOn;
-    }
-    bool shown(uint32_t id) const { return page.GetHwndControl(id)->shown; }
-
-    GUID guids[LumenveilInfo::kControlCount] = {};
-    GUID guidY = {0xC0FFEE, 1, 2, {3}};
-    double rate = 25.0;
-    TimedPage page;
-    Lumenveil fx;
-};
-
-TEST_F(Page, ShapeAndMatchRadiiDecideWhatIsShown)
+TEST_F(Page, UpdateControlsAppliesShapesTableThenMatchRadii)
 {
-    // Hidden flags per shape, columns: sides, rotation, radiusX, radiusY,
-    // matchRadii, centre, radiusPsf1, radiusPsf2. Polygon's radiusY follows
-    // Match Radii (-1 here).
-    const int hidden[4][8] = {{1, 1, 0, 1, 1, 1, 1, 1},
-                              {1, 0, 0, 0, 1, 1, 1, 1},
-                              {0, 0, 0, -1, 0, 1, 1, 1},
-                              {1, 1, 1, 1, 1, 0, 0, 0}};
-    const uint32_t ids[8] = {ID_SIDES, ID_ROTATION, ID_RADIUS_X, ID_RADIUS_Y, ID_MATCH_RADII, ID_CENTRE,
-                             ID_RADIUS_PSF1, ID_RADIUS_PSF2};
-    for (int shapeCode = 1; shapeCode <= 4; ++shapeCode)
-        for (int match = 0; match <= 1; ++match) {
-            select(shapeCode, match);
-            fx.UpdateControls();
-            for (int c = 0; c < 8; ++c) {
-                const bool want = hidden[shapeCode - 1][c] < 0 ? match == 1 : hidden[shapeCode - 1][c] == 1;
-                EXPECT_EQ(shown(ids[c]), !want) << "shape " << shapeCode << " match " << match << " col " << c;
-            }
-            for (uint32_t always : {ID_BRIGHT_EMPHASIS, ID_EMPHASISE_ALPHA, ID_EXTREME_PRECISION})
-                EXPECT_TRUE(shown(always));
-        }
-}
-
-TEST_F(Page, ReadersTakeTheirWidgetOrTheAnimatedProperty)
-{
-    // List: selection plus one, its value member untouched; check box: 1 only
-    // when checked, stored in its value.
-    fx.shape.value = 1;
-    page.GetHwndControl(ID_SHAPE)->selection = 2;
-    int32_t got = 0;
-    fx.shape.GetValue(-1.0, &got);
-    EXPECT_EQ(got, 3);
-    EXPECT_EQ(fx.shape.value, 1);
-    for (int32_t state : {BST_CHECKED, BST_INDETERMINATE, BST_UNCHECKED}) {
-        page.GetHwndControl(ID_EMPHASISE_ALPHA)->checkState = state;
-        fx.emphasiseAlpha.GetValue(0.0, &got);
-        EXPECT_EQ(got, state == BST_CHECKED ? 1 : 0);
-        EXPECT_EQ(fx.emphasiseAlpha.value, got);
-    }
-    // Animated readers ask the page for the property.
-    page.SetProperty(guids[2], VariantReal(0.125));
-    page.SetProperty(guids[4], VariantReal(9.0));
-    double real = -1.0;
-    fx.radiusX.GetValue(-1.0, &real);
-    EXPECT_EQ(page.asked, -1.0);  // now stays now
-    fx.sides.GetValue(50.0, &got);
-    EXPECT_EQ(page.asked, 2.0);  // frame 50 at 25 frames a second
-    EXPECT_EQ(real, 0.125);
-    EXPECT_EQ(got, 9);
+    // Image shows the centre and hides sides; Polygon without Match Radii shows RadiusY.
+    select(SHAPE_IMAGE, 1);
+    fx.UpdateControls();
+    EXPECT_TRUE(shown(ID_CENTRE) && !shown(ID_SIDES) && !shown(ID_RADIUS_Y));
+    select(SHAPE_POLYGON, 0);
+    fx.UpdateControls();
+    EXPECT_TRUE(!shown(ID_CENTRE) && shown(ID_SIDES) && shown(ID_RADIUS_Y));
 }
 
 // A drawn primitive: its mode, vertices, and the colour in force.

@@ -8,7 +8,6 @@
 
 #include "effect/Lumenveil.h"
 #include "generic/library/VZImage.h"
-#include "hostsdk/IDSImageEffectHost.h"
 
 namespace {
 
@@ -235,22 +234,6 @@ TEST_F(Render, EmphasiseAlphaBlursAlphaThroughTheCurve)
     render();
     const double a = 1.0 / 50.0, d = 50.0 - a;
     EXPECT_NEAR(at(*out, 32, 24, 3), 32767.0 * (1.0 - (1.0 / (w * d + a) - a) / d), 8.0);
-}
-
-TEST(PluginVZ, ShouldAbortStopsOnAnAnswerOfZeroOrLess)
-{
-    struct Monitor : IDSImageEffectHost {
-        int32_t answer = 1;
-        HRESULT FetchInput(int32_t, double, uint64_t, IUnknown**) override { return E_FAIL; }
-        int32_t ShouldContinue() override { return answer; }
-    } monitor;
-    PluginVZ plugin;
-    EXPECT_EQ(PluginVZ::ShouldAbort(&plugin), 0);  // no host link: go on
-    plugin.renderMonitor = &monitor;
-    for (int32_t answer : {1, 7, 0, -1}) {
-        monitor.answer = answer;
-        EXPECT_EQ(PluginVZ::ShouldAbort(&plugin), answer > 0 ? 0 : 1) << answer;
-    }
 }
 
 }  // namespace
