@@ -1,5 +1,6 @@
 #include "embed/embedded_effect.h"
 
+#include <chrono>
 #include <cstdio>
 
 #include "embed/errors.h"
@@ -89,7 +90,9 @@ void EmbeddedEffect::Render(const FrameView& input, const FrameView& output, dou
     IDSImageEffect* fx = instance.Effect();
     fx->SetInput(in);
     fx->SetOutput(out);
+    const auto start = std::chrono::steady_clock::now();
     const HRESULT status = fx->Execute(time);
+    executeSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     host.Link().SetInput(1, nullptr);
     if (FAILED(status)) {
         char code[16];

@@ -57,6 +57,10 @@ public:
     // The point-spread picture the last render used; Failure before any.
     GreyPicture PointSpread() const { return pointSpreadPicture(instance.Object()); }
 
+    // Seconds the effect's Execute took in the last render (0 before any):
+    // the effect's own time, apart from handing the frame over and back.
+    double LastExecuteSeconds() const { return executeSeconds; }
+
 private:
     // A host image of the frame's size in `format`, kept from frame to frame.
     MemoryImage* hostImage(ComRef<MemoryImage>& image, const HostFormatGeometry& format, int32_t width,
@@ -65,4 +69,5 @@ private:
     EffectInstance instance;
     EffectHost host;
     ComRef<MemoryImage> inputImage, outputImage, spreadImage;
+    double executeSeconds = 0.0;
 };

@@ -1,0 +1,24 @@
+"""`make install` puts a module the system's Python imports from PREFIX, and
+it renders with the effect module installed beside it."""
+import os
+import subprocess
+import sys
+
+import lumenveil
+
+
+def test_the_installed_module_imports_and_renders(tmp_path):
+    install = subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["LUMENVEIL_BUILD_DIR"],
+                              "--prefix", str(tmp_path)], capture_output=True, text=True)
+    assert install.returncode == 0, install.stderr
+    folder = tmp_path / "lib" / f"python{sys.version_info.major}.{sys.version_info.minor}" / "dist-packages"
+    environment = {k: v for k, v in os.environ.items() if k != "LUMENVEIL_MODULE"}
+    environment["PYTHONPATH"] = str(folder)
+    script = ("import numpy, lumenveil; print(lumenveil.__file__); print(lumenveil.module_path); "
+              "print(lumenveil.defocus(numpy.full((8, 8), 7, numpy.uint16)).max())")
+    run = subprocess.run([sys.executable, "-c", script], env=environment, capture_output=True, text=True, cwd=tmp_path)
+    assert run.returncode == 0, run.stderr
+    extension, module, brightest = run.stdout.split()
+    assert extension.startswith(str(folder)) and extension != lumenveil.__file__
+    assert os.path.realpath(module) == str(tmp_path / "lib" / "lumenveil" / "libLumenveilVZ.so")
+    assert brightest == "7"
