@@ -2,6 +2,7 @@
 // sequence, `parameters` for what they take. Arrays in and out; names,
 // defaults and ranges from the effect module's property map.
 #include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
 
 #include "embed/errors.h"
 #include "python/keyword_docs.h"

@@ -15,9 +15,6 @@ def test_dtype_and_shape_are_kept(photo, dtype, channels):
     result = lumenveil.defocus(image, radius_x=0.05)
     assert result.shape == image.shape and result.dtype == image.dtype
     assert result.flags.c_contiguous and result.flags.owndata
-    # Every channel carries the same grey, so every channel comes out alike.
-    if channels and channels != 2:
-        assert np.array_equal(result[:, :, 0], result[:, :, -1])
 
 
 def test_strided_views_give_the_pictures_of_contiguous_copies(photo, photo16):
