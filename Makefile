@@ -34,7 +34,8 @@ bench: build
 # elsewhere): the tool in PREFIX/bin, its documents in
 # PREFIX/share/doc/lumenveil, the frei0r filter in PREFIX/lib/frei0r-1, its
 # description for editors in PREFIX/share/kdenlive/effects, the module and the
-# host stand-in in PREFIX/lib/lumenveil. `make uninstall` removes what the last
+# host stand-in in PREFIX/lib/lumenveil, the Python module in
+# PREFIX/lib/python3.X/dist-packages. `make uninstall` removes what the last
 # install wrote.
 PREFIX ?= /usr/local
 

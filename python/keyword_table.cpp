@@ -22,9 +22,9 @@ std::vector<Keyword> keywordTable(const std::vector<Parameter>& properties)
             k.choice = p.option == "engine" ? kPythonEngine : formatParameterValue(p, p.defaultValue);
         table.push_back(k);
     }
-    table.push_back({"pixel_aspect", KeywordKind::PixelAspect});
-    table.push_back({"aperture", KeywordKind::Aperture});
-    table.push_back({"preset", KeywordKind::Preset});
+    table.push_back({"pixel_aspect", KeywordKind::PixelAspect, nullptr, nullptr, ""});
+    table.push_back({"aperture", KeywordKind::Aperture, nullptr, nullptr, ""});
+    table.push_back({"preset", KeywordKind::Preset, nullptr, nullptr, ""});
     return table;
 }
 
