@@ -1,5 +1,6 @@
-"""`make install` puts a module the system's Python imports from PREFIX, and
-it renders with the effect module installed beside it."""
+"""`make install` puts a module the system's Python imports from PREFIX
+(under DESTDIR when given), and it renders with the effect module installed
+beside it."""
 import os
 import subprocess
 import sys
@@ -8,10 +9,13 @@ import lumenveil
 
 
 def test_the_installed_module_imports_and_renders(tmp_path):
+    # What make install runs, staged under DESTDIR.
     install = subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["LUMENVEIL_BUILD_DIR"],
-                              "--prefix", str(tmp_path)], capture_output=True, text=True)
+                              "--prefix", "/opt/lv"], capture_output=True, text=True,
+                             env=dict(os.environ, DESTDIR=str(tmp_path)))
     assert install.returncode == 0, install.stderr
-    folder = tmp_path / "lib" / f"python{sys.version_info.major}.{sys.version_info.minor}" / "dist-packages"
+    prefix = tmp_path / "opt" / "lv"
+    folder = prefix / "lib" / f"python{sys.version_info.major}.{sys.version_info.minor}" / "dist-packages"
     environment = {k: v for k, v in os.environ.items() if k != "LUMENVEIL_MODULE"}
     environment["PYTHONPATH"] = str(folder)
     script = ("import numpy, lumenveil; print(lumenveil.__file__); print(lumenveil.module_path); "
@@ -20,6 +24,6 @@ def test_the_installed_module_imports_and_renders(tmp_path):
     assert run.returncode == 0, run.stderr
     extension, module, brightest = run.stdout.split()
     assert extension.startswith(str(folder)) and extension != lumenveil.__file__
-    assert os.path.realpath(module) == str(tmp_path / "lib" / "lumenveil" / "libLumenveilVZ.so")
+    assert os.path.realpath(module) == str(prefix / "lib" / "lumenveil" / "libLumenveilVZ.so")
     # A flat field stays flat under any blur: the effect repeats its edges.
     assert brightest == "200"
