@@ -26,6 +26,9 @@ void checkFrames(const FrameView& input, const FrameView& output, const FrameVie
                          sizeText(input.width, input.height) + ": they must be the same size");
 }
 
+// The effect's switch for scene-linear renders.
+constexpr const char* kLinearParameter = "Linear";
+
 }  // namespace
 
 EmbeddedEffect::EmbeddedEffect(const EffectModule& module, const HostSettings& settings)
@@ -78,12 +81,18 @@ void EmbeddedEffect::Render(const FrameView& input, const FrameView& output, dou
 {
     checkFrames(input, output, spread);
     const HostFormatGeometry& format = defaultHostFormat(input.type == SampleType::U8);
+    // A scene-linear render takes float samples as they are: premultiplied
+    // light, above 1 too. (It refuses 8-bit frames, which go over in
+    // MFIF_RGBA_RAW_32.)
+    const Parameter* linearParameter = findParameter(Parameters(), kLinearParameter);
+    const bool keepRange = input.type == SampleType::Float && linearParameter &&
+                           instance.Get(*linearParameter, time) != 0.0;
     const int32_t rows = hostFrameRows(input.height, true);
     if (const std::string problem = transformLimitProblem(instance, input.width, rows, time); !problem.empty())
         throw Failure("cannot render the frame: " + problem);
     MemoryImage* in = hostImage(inputImage, format, input.width, rows);
     MemoryImage* out = hostImage(outputImage, format, input.width, rows);
-    storeFrame(in, format, rows, input);
+    storeFrame(in, format, rows, input, keepRange);
     if (spread)
         storeFrame(hostImage(spreadImage, format, input.width, rows), format, rows, *spread);
     host.Link().SetInput(1, spread ? spreadImage.get() : nullptr);

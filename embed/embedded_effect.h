@@ -47,9 +47,11 @@ public:
 
     // Renders `input` into `output` (the same size, channels and type; they
     // may be the same memory) at `time` seconds, through the effect's
-    // Execute. `spread`, when given, is the picture the Image shape cuts its
-    // aperture from: the input's size, any channels and type; without it the
-    // aperture is cut from the input. UsageError for frames that break these
+    // Execute. With the effect's Linear property on, float samples go over
+    // as they are (premultiplied light, not limited to 1). `spread`, when
+    // given, is the picture the Image shape cuts its aperture from: the
+    // input's size, any channels and type; without it the aperture is cut
+    // from the input. UsageError for frames that break these
     // rules; Failure with the reason when the effect cannot render the frame,
     // `output` then untouched.
     void Render(const FrameView& input, const FrameView& output, double time, const FrameView* spread = nullptr);

@@ -104,7 +104,8 @@ std::string frameProblem(const FrameView& f, const std::string& what)
     return "";
 }
 
-void storeFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, const FrameView& f)
+void storeFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, const FrameView& f,
+                bool keepRange)
 {
     if (bytesAsTheyAre(format, f))
         return storeBytes(image, format, rows, f);
@@ -115,7 +116,7 @@ void storeFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t ro
             expandRows<uint16_t>(f, y, count, rgba);
         else
             expandRows<float>(f, y, count, rgba);
-    });
+    }, keepRange);
 }
 
 void loadFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, const FrameView& frame)

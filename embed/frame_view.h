@@ -34,8 +34,10 @@ std::string frameProblem(const FrameView& frame, const std::string& what);
 // Fills `image`, a host image of `format` for a frame of the view's size with
 // `rows` rows, with the frame: as storeHostImage does (host_frame.h) with the
 // pixels of the view expanded to R G B A (pixel_samples.h). Rows below the
-// frame repeat its last one.
-void storeFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, const FrameView& frame);
+// frame repeat its last one. With `keepRange`, float samples go into
+// MFIF_RGBA_FLOAT as they are, not limited to 0 to 1 (scene-linear frames).
+void storeFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, const FrameView& frame,
+                bool keepRange = false);
 
 // The top rows of such an image into `frame`, packed to its channels and type.
 void loadFrame(MemoryImage* image, const HostFormatGeometry& format, int32_t rows, const FrameView& frame);

@@ -38,3 +38,12 @@ def test_grey_rgba_and_float_images_equal_the_tools_render(tool, photo, photo16)
         ours = lumenveil.defocus(image, radius_x=0.02)
         assert ours.shape == image.shape and ours.dtype == image.dtype
         assert np.array_equal(ours, tool(image, engine="fast", radius_x=0.02))
+
+
+def test_scene_linear_light_above_one_equals_the_tools_render(tool, photo):
+    # The photo as light up to 40: the brightest tenth of its samples scaled up.
+    light = photo.astype(np.float32) / 255
+    light[light > 0.9] *= 40
+    ours = lumenveil.defocus(light, linear=True, radius_x=0.02)
+    assert ours.max() > 1
+    assert np.array_equal(ours, tool(light, engine="fast", linear=True, radius_x=0.02))
