@@ -2,6 +2,7 @@
 (under DESTDIR when given), and it renders with the effect module installed
 beside it."""
 import os
+import pathlib
 import subprocess
 import sys
 
@@ -10,11 +11,19 @@ import lumenveil
 
 def test_the_installed_module_imports_and_renders(tmp_path):
     # What make install runs, staged under DESTDIR; cmake without the
-    # sanitizer's runtime that the sanitized build preloads for Python.
+    # sanitizer's runtime that the sanitized build preloads for Python. The
+    # build tree's manifest is left as a real install left it.
     cmake_environment = {k: v for k, v in os.environ.items() if k != "LD_PRELOAD"}
-    install = subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["LUMENVEIL_BUILD_DIR"],
-                              "--prefix", "/opt/lv"], capture_output=True, text=True,
-                             env=dict(cmake_environment, DESTDIR=str(tmp_path)), timeout=120)
+    manifest = pathlib.Path(os.environ["LUMENVEIL_BUILD_DIR"]) / "install_manifest.txt"
+    kept = manifest.read_bytes() if manifest.exists() else None
+    try:
+        install = subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["LUMENVEIL_BUILD_DIR"],
+                                  "--prefix", "/opt/lv"], capture_output=True, text=True,
+                                 env=dict(cmake_environment, DESTDIR=str(tmp_path)), timeout=120)
+    finally:
+        manifest.unlink(missing_ok=True)
+        if kept is not None:
+            manifest.write_bytes(kept)
     assert install.returncode == 0, install.stderr
     prefix = tmp_path / "opt" / "lv"
     folder = prefix / "lib" / f"python{sys.version_info.major}.{sys.version_info.minor}" / "dist-packages"
