@@ -95,3 +95,12 @@ CDSPropertiesMap* LumenveilPropertiesMap()
     }
     return &g_map.descriptor;
 }
+
+CDSParamDef* LumenveilPropertyDefinition(uint32_t key)
+{
+    const CDSPropertiesMap* map = LumenveilPropertiesMap();
+    for (int i = 0; i < kLumenveilPropertyCount; ++i)
+        if (map->entries[i].key == key)
+            return map->entries[i].definition;
+    return nullptr;
+}

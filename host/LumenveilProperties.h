@@ -62,6 +62,9 @@ inline constexpr int kLumenveilPropertyCount = 20;
 // above; the last is the end marker. On the first call the engine property's
 // default becomes the mode VZ_FFT_MODE names.
 CDSPropertiesMap* LumenveilPropertiesMap();
+// The definition of the property of `key` in that map, for another effect of
+// the module to share; null for a key the map does not hold.
+CDSParamDef* LumenveilPropertyDefinition(uint32_t key);
 
 // The module's instance handle, as the definitions and strings refer to it.
 extern void* g_moduleInstance;

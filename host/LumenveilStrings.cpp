@@ -26,6 +26,15 @@ const StringEntry kStrings[] = {
     {67, "Scene-Linear Render"}, {70, "Highlight Emphasis"}, {71, "Highlight Emphasis"},
     {74, "Highlight Threshold"}, {75, "Highlight Threshold"}, {78, "Engine"},
     {79, "Transform engine"},
+    // The depth-of-field effect.
+    {100, "Lumenveil Depth"},  {101, "Lumenveil Depth"},  {102, "Depth"},
+    {104, "Radius Infinity"},  {105, "Radius at Infinity"}, {106, "Use Lens"},
+    {107, "Radius from Lens"}, {108, "F-Stop"},           {109, "F-Stop"},
+    {110, "Focal Length"},     {111, "Focal Length (mm)"}, {112, "Sensor Width"},
+    {113, "Sensor Width (mm)"}, {114, "Depth Unit"},      {115, "Depth Unit (mm)"},
+    {116, "Focus"},            {117, "Focus Distance"},   {118, "Max Radius"},
+    {119, "Maximum Radius"},   {120, "Depth Kind"},       {121, "Depth Kind"},
+    {122, "Layer Spacing"},    {123, "Layer Spacing"},
 };
 
 }  // namespace

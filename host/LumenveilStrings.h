@@ -11,6 +11,9 @@ enum LumenveilString : uint32_t {
     IDS_INPUT = 8,
     IDS_SPREAD = 9,
     IDS_PAGE_NAME = 10,
+    IDS_DEPTH_EFFECT_NAME = 100,
+    IDS_DEPTH_EFFECT_LONG_NAME = 101,
+    IDS_DEPTH = 102,
 };
 
 // The text of string `id`, or null when the module has none.

@@ -49,11 +49,15 @@ HRESULT loadName(uint32_t id, wchar_t* buffer, int size)
     return LoadStringW(id, buffer, size) > 0 ? S_OK : E_FAIL;
 }
 
+Lumenveil* makePlainLumenveil() { return new (std::nothrow) Lumenveil(); }
+
 }  // namespace
 
 volatile int32_t* g_serverLockCount = &g_serverLocks;
 
-Plug::Plug()
+Plug::Plug() : Plug(makePlainLumenveil) {}
+
+Plug::Plug(LumenveilMaker maker)
     : serverLockTaken(0),
       lumenveilHandle(0),
       lumenveilHandle2(0),
@@ -77,7 +81,8 @@ Plug::Plug()
       highlightThreshold(1.0),
       engineMode(fft_mode_index(FFT_MODE_FFTW)),
       lumenveil(nullptr),
-      sourceEffect(nullptr)
+      sourceEffect(nullptr),
+      lumenveilMaker(maker)
 {
     bindStoredValues();
     takeServerLock();
@@ -110,7 +115,8 @@ Plug::Plug(const Plug& source)
       highlightThreshold(source.highlightThreshold),
       engineMode(source.engineMode),
       lumenveil(source.lumenveil),
-      sourceEffect(const_cast<Plug*>(&source))
+      sourceEffect(const_cast<Plug*>(&source)),
+      lumenveilMaker(source.lumenveilMaker)
 {
     bindStoredValues();  // the copied bindings point at the source's members
     takeServerLock();
@@ -171,7 +177,7 @@ HRESULT Plug::Init()
     // names as it is made.
     engineMode = fft_mode_index(fft_mode_from_environment());
 
-    lumenveil = new (std::nothrow) Lumenveil();
+    lumenveil = lumenveilMaker();
     lumenveilHandle = reinterpret_cast<uintptr_t>(lumenveil);
     lumenveilHandle2 = 0;
     if (!lumenveil)

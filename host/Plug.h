@@ -29,6 +29,9 @@ struct EffectBitmap {
 
 class Plug : public CDSImageMIEffect, public IDSPointSpread, public IDSTransformNeeds {
 public:
+    // Makes the Lumenveil an effect object works with (Init calls it).
+    typedef Lumenveil* (*LumenveilMaker)();
+
     // Complete on return: Init has run.
     Plug();
     // A clone: the stored values, the Lumenveil and the animation of `source`.
@@ -103,7 +106,13 @@ public:
     Plug* sourceEffect;         // the effect this one was cloned from, or null
 
 protected:
+    // An effect whose Lumenveil `maker` makes (a derived effect's own kind).
+    explicit Plug(LumenveilMaker maker);
     void* FindInterface(const GUID& iid) override;
+    // The values that shape the kernel at `time`.
+    ApertureVZ apertureAt(double time);
+
+    LumenveilMaker lumenveilMaker;
 
 private:
     // Ties the properties' keys to the stored members above.
@@ -114,8 +123,6 @@ private:
     // property; and the overlay items their colours, owner and controls.
     void bindControls();
     void setUpOverlay();
-    // The values that shape the kernel at `time`.
-    ApertureVZ apertureAt(double time);
     // Reads the properties at `time` into the Lumenveil's controls.
     void readParameters(double time);
     HRESULT runRender(double position);

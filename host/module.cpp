@@ -8,6 +8,7 @@
 #include "host/LumenveilStrings.h"
 #include "host/PPG_PageOne.h"
 #include "host/Plug.h"
+#include "host/PlugDepth.h"
 #include "hostsdk/registration.h"
 
 #define LUMENVEIL_EXPORT extern "C" __attribute__((visibility("default")))
@@ -37,6 +38,7 @@ const ClassRow kClasses[] = {
     {&CLSID_Plug, IDS_EFFECT_NAME, makeFactory<Plug>},
     {&CLSID_PPG_PageOne, IDS_PAGE_NAME, makeFactory<PPG_PageOne>},
     {&CLSID_IT, IDS_TOOL_NAME, makeFactory<IT>},
+    {&CLSID_PlugDepth, IDS_DEPTH_EFFECT_NAME, makeFactory<PlugDepth>},
 };
 
 // The host's families the effect belongs to, ending in a null GUID.
@@ -59,7 +61,8 @@ struct FamilyRow {
     const GUID* (*list)();
 };
 
-const FamilyRow kFamilies[] = {{&CLSID_Plug, 1, IDS_EFFECT_NAME, familyList}};
+const FamilyRow kFamilies[] = {{&CLSID_Plug, 1, IDS_EFFECT_NAME, familyList},
+                               {&CLSID_PlugDepth, 1, IDS_DEPTH_EFFECT_NAME, familyList}};
 
 uint32_t countFamilies(const GUID* list)
 {

@@ -113,9 +113,9 @@ TEST_F(Module, ClassObjectsHoldTheUnloadCount)
 TEST_F(Module, RegistersItsClassesAndFamilies)
 {
     ASSERT_EQ(module->DllRegisterServer(), S_OK);
-    EXPECT_EQ(DSListRegisteredEffects().size(), 3u);  // effect, page and tool
+    EXPECT_EQ(DSListRegisteredEffects().size(), 4u);  // effect, page, tool and the depth effect
     const std::vector<RegisteredFamilies> families = DSListRegisteredFamilies();
-    ASSERT_EQ(families.size(), 1u);
+    ASSERT_EQ(families.size(), 2u);  // both effects
     EXPECT_EQ(families[0].families.size(), 4u);
     EXPECT_EQ(families[0].flags, 1);
     EXPECT_EQ(module->DllUnregisterServer(), S_OK);

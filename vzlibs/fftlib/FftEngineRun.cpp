@@ -10,27 +10,13 @@
 
 #include "vzlibs/fftlib/FftEngine.h"
 #include "vzlibs/fftlib/emphasis.h"
+#include "vzlibs/fftlib/engine_colour.h"
 #include "vzlibs/fftlib/fft_plane_margin.h"
 #include "vzlibs/fftlib/fft_planes.h"
 
 namespace {
 
-// Colour weights: single-precision constants widened to double.
-constexpr double W_R = static_cast<double>(0.299f);
-constexpr double W_G = static_cast<double>(0.587f);
-constexpr double W_B = static_cast<double>(0.114f);
-constexpr double A_R = static_cast<double>(0.5f);
-constexpr double A_G = static_cast<double>(0.418688f);
-constexpr double A_B = static_cast<double>(0.081312f);
-constexpr double B_B = static_cast<double>(0.617689f);
-constexpr double B_G = static_cast<double>(0.418688f);
-constexpr double B_R = static_cast<double>(0.213267f);
-constexpr double INV_RA = static_cast<double>(1.402f);
-constexpr double INV_GY = static_cast<double>(0.996036f);
-constexpr double INV_GA = static_cast<double>(0.714136f);
-constexpr double INV_GB = static_cast<double>(0.277836f);
-constexpr double INV_BB = static_cast<double>(1.430612f);
-constexpr double INV_BY = static_cast<double>(1.020408f);
+using namespace engine_colour;
 
 // Per sample type: the sample, its read factor k and write factor m.
 template <int Type> struct SampleTraits;
