@@ -11,6 +11,11 @@ namespace {
 constexpr float kSharpRadius = 0.5f;
 // Coverage this close to 1 is whole.
 constexpr float kWholeCoverage = 1.0f - 1e-6f;
+// Coverage below these is the transforms' rounding, not content: a pixel's
+// own (normalising by it would amplify that rounding into colour), and the
+// sum around a pixel that completes it.
+constexpr float kLeastCoverage = 1e-4f;
+constexpr double kLeastPresent = 1e-2;
 
 // Makes [*a, *b) an even span within 0..limit where it can: an odd kernel box
 // puts the aperture's centre one pixel off that of an even one, and whole
@@ -68,7 +73,7 @@ void DepthCompositeVZ::completeBehind(const PixelBox& box, int32_t reach, int32_
     for (int32_t y = box.y0; y < box.y1 && !(present && hidden); ++y) {
         const float* q = behindCoverage.data() + static_cast<size_t>(y) * width;
         for (int32_t x = box.x0; x < box.x1; ++x) {
-            present |= q[x] > 0.0f;
+            present |= q[x] > kLeastCoverage;
             hidden |= q[x] < kWholeCoverage;
         }
     }
@@ -89,7 +94,7 @@ void DepthCompositeVZ::completeBehind(const PixelBox& box, int32_t reach, int32_
                 continue;
             const int32_t x0 = std::max(x - reach, 0), x1 = std::min(x + reach + 1, box.Width());
             const double present = boxSum(sums.data(), stride, x0, y0, x1, y1);
-            if (present <= 0.0)
+            if (present < kLeastPresent)
                 continue;
             // What is missing of this pixel takes the average of what is
             // present around it.
@@ -186,7 +191,7 @@ bool DepthCompositeVZ::Render(const DepthFrameVZ& frame, const DepthLayersVZ& la
         result[c].resize(count);
         for (size_t i = 0; i < count; ++i) {
             const float q = behindCoverage[i];
-            result[c][i] = c < channels && q > 0.0f ? behind[c][i] / q : frame.channel[c][i];
+            result[c][i] = c < channels && q > kLeastCoverage ? behind[c][i] / q : frame.channel[c][i];
         }
     }
     return true;

@@ -1,10 +1,13 @@
 // DepthLayersVZ: the depth layers of a depth-of-field render. Layers stand at
 // signed radii (DepthLensVZ) from the frame's nearest to its farthest, spaced
-// so that neighbouring layers' radii differ by at most `spacing` pixels up to
-// a radius of 20 pixels and by `spacing` x 5% beyond. A pixel between two
-// layers is shared between them in proportion to its distance from each, so
-// that no band shows where the radius steps; a frame whose radii all lie on
-// layers (one depth, or two) is rendered at exactly those radii.
+// so that neighbouring layers' radii differ by at most about `spacing` pixels
+// up to a radius of 20 pixels and by about `spacing` x 5% beyond. A pixel
+// between two layers is shared between them in proportion to its distance
+// from each, so that no band shows where the radius steps. A surface of one
+// depth covering many pixels gets a layer at exactly its radius, so that it is
+// not shared between two layers (whose overlapping soft coverages would let
+// what lies behind show through it); a frame of one or two depths is rendered
+// at exactly those radii.
 #pragma once
 
 #include <cstddef>
@@ -49,6 +52,9 @@ public:
     static double Unwarp(double warped, double spacing);
 
 private:
+    // The layers' warped radii, from u0 to u1.
+    static std::vector<double> positions(const std::vector<float>& warped, double u0, double u1);
+
     std::vector<float> radii;
     std::vector<PixelBox> boxes;
     std::vector<int32_t> lower;       // per pixel: the nearer of its two layers

@@ -40,6 +40,12 @@ public:
     DepthLayersVZ layers;
     DepthKernelsVZ kernels;
 
+    // The signed blur radius of each pixel of the last frame (empty before
+    // any), FrameWidth() a row.
+    const std::vector<float>& SignedRadii() const { return frame.signedRadius; }
+    int32_t FrameWidth() const { return frame.width; }
+    int32_t FrameHeight() const { return frame.height; }
+
 private:
     // The frame's planes in the engine's colour, and the per-pixel radii.
     void loadPlanes(const ImageRec* image, double emphasis, bool alphaEmphasis);

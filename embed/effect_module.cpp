@@ -44,15 +44,15 @@ ComRef<IUnknown> EffectModule::CreateObject(const GUID& clsid, HRESULT* status) 
     return object;
 }
 
-ComRef<IDSImageEffect> EffectModule::CreateEffect() const
+ComRef<IDSImageEffect> EffectModule::CreateEffect(const GUID& clsid) const
 {
     HRESULT status = S_OK;
-    ComRef<IUnknown> object = CreateObject(kEffectClassId, &status);
+    ComRef<IUnknown> object = CreateObject(clsid, &status);
     ComRef<IDSImageEffect> effect;
     if (object)
         status = object->QueryInterface(IID_IDSImageEffect, effect.out());
     if (!effect)
-        throw Failure("the module " + Path() + " makes no effect of class " + FormatGuid(kEffectClassId) + " (" +
+        throw Failure("the module " + Path() + " makes no effect of class " + FormatGuid(clsid) + " (" +
                       hex(status) + ")");
     return effect;
 }

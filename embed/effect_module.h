@@ -12,6 +12,8 @@
 // The effect's class, and the class of its interactive tool (the viewer overlay).
 inline constexpr GUID kEffectClassId = {0x6888FDA5, 0x1F1F, 0x4662, {0x9C, 0x9E, 0x07, 0x65, 0x50, 0x6D, 0x80, 0xEA}};
 inline constexpr GUID kToolClassId = {0xB0142538, 0x3884, 0x42B4, {0x83, 0xF8, 0x55, 0x89, 0x0A, 0x4C, 0x8A, 0xE2}};
+// The depth-of-field effect, Lumenveil Depth, the module's second effect.
+inline constexpr GUID kDepthEffectClassId = {0xDFBB4C61, 0x2E3D, 0x4EFE, {0xA8, 0x9F, 0x0B, 0xD8, 0xAA, 0x82, 0xF8, 0x6F}};
 // The effect's property page.
 inline constexpr GUID kPageClassId = {0x31B01C5A, 0xC9EC, 0x4C56, {0x83, 0xCE, 0xFF, 0xEA, 0xC8, 0x17, 0xFA, 0x83}};
 
@@ -24,8 +26,9 @@ public:
     EffectModule(const EffectModule&) = delete;
     EffectModule& operator=(const EffectModule&) = delete;
 
-    // A new effect object; Failure when the module does not make one.
-    ComRef<IDSImageEffect> CreateEffect() const;
+    // A new effect object (of class `clsid`, the plain effect by default);
+    // Failure when the module does not make one.
+    ComRef<IDSImageEffect> CreateEffect(const GUID& clsid = kEffectClassId) const;
     // A new object of `clsid` as IUnknown; null with the factory's status in
     // *status when the module does not serve the class.
     ComRef<IUnknown> CreateObject(const GUID& clsid, HRESULT* status) const;

@@ -138,9 +138,45 @@ HRESULT PlugDepth::GetTransformNeeds(int32_t width, int32_t height, double time,
     return S_OK;
 }
 
-void PlugDepth::readDepthParameters(double time)
+HRESULT PlugDepth::QueryInterface(const GUID& iid, void** out) { return Plug::QueryInterface(iid, out); }
+uint32_t PlugDepth::AddRef() { return Plug::AddRef(); }
+uint32_t PlugDepth::Release() { return Plug::Release(); }
+
+void* PlugDepth::FindInterface(const GUID& iid)
 {
-    DepthSettingsVZ& s = depthEffect().depthSettings;
+    if (IsEqualGUID(iid, IID_IDSDepthRadius))
+        return static_cast<IDSDepthRadius*>(this);
+    return Plug::FindInterface(iid);
+}
+
+HRESULT PlugDepth::GetRadiusPlane(int32_t* width, int32_t* height, const float** radii)
+{
+    if (!width || !height || !radii)
+        return E_POINTER;
+    const LumenveilDepth& fx = depthEffect();
+    if (fx.SignedRadii().empty())
+        return E_FAIL;
+    *width = fx.FrameWidth();
+    *height = fx.FrameHeight();
+    *radii = fx.SignedRadii().data();
+    return S_OK;
+}
+
+HRESULT PlugDepth::RadiusOfDepth(double depth, int32_t width, double time, double* radius)
+{
+    if (!radius)
+        return E_POINTER;
+    if (width < 1)
+        return E_INVALIDARG;
+    *radius = settingsAt(time).Lens(width).SignedRadius(static_cast<float>(depth));
+    return S_OK;
+}
+
+void PlugDepth::readDepthParameters(double time) { depthEffect().depthSettings = settingsAt(time); }
+
+DepthSettingsVZ PlugDepth::settingsAt(double time)
+{
+    DepthSettingsVZ s;
     s.radiusInfinity = GetValueDirect(KEY_RADIUS_INFINITY, radiusInfinity, time);
     s.useLens = useLens != 0;
     s.fStop = GetValueDirect(KEY_F_STOP, fStop, time);
@@ -151,6 +187,7 @@ void PlugDepth::readDepthParameters(double time)
     s.maxRadius = GetValueDirect(KEY_MAX_RADIUS, maxRadius, time);
     s.depthKind = depthKind == DEPTH_NORMALISED ? DEPTH_NORMALISED : DEPTH_DISTANCE;
     s.layerSpacing = std::max(layerSpacing, 0.01);
+    return s;
 }
 
 HRESULT PlugDepth::readDepth(double time, std::vector<float>* samples)

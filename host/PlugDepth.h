@@ -5,16 +5,27 @@
 // effect's 16-bit road.
 #pragma once
 
+#include <vector>
+
+#include "effect/DepthSettingsVZ.h"
 #include "host/Plug.h"
+#include "hostsdk/IDSDepthRadius.h"
 
 class LumenveilDepth;
 
 inline constexpr GUID CLSID_PlugDepth = {0xDFBB4C61, 0x2E3D, 0x4EFE, {0xA8, 0x9F, 0x0B, 0xD8, 0xAA, 0x82, 0xF8, 0x6F}};
 
-class PlugDepth : public Plug {
+class PlugDepth : public Plug, public IDSDepthRadius {
 public:
     PlugDepth();
     PlugDepth(const PlugDepth& source);
+
+    // Plug's interfaces and IID_IDSDepthRadius, on one count.
+    HRESULT QueryInterface(const GUID& iid, void** out) override;
+    uint32_t AddRef() override;
+    uint32_t Release() override;
+    HRESULT GetRadiusPlane(int32_t* width, int32_t* height, const float** radii) override;
+    HRESULT RadiusOfDepth(double depth, int32_t width, double time, double* radius) override;
 
     HRESULT GetName(wchar_t* buffer, int size);
     HRESULT GetLongName(wchar_t* buffer, int size);
@@ -45,8 +56,13 @@ public:
     int32_t depthKind;
     double layerSpacing;
 
+protected:
+    void* FindInterface(const GUID& iid) override;
+
 private:
     void bindDepthValues();
+    // The depth properties at `time`.
+    DepthSettingsVZ settingsAt(double time);
     LumenveilDepth& depthEffect() const;
     // The depth properties at `time` into the LumenveilDepth.
     void readDepthParameters(double time);

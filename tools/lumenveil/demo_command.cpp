@@ -9,6 +9,8 @@
 
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/demo_scene.h"
+#include "tools/lumenveil/depth_file.h"
+#include "tools/lumenveil/depth_render.h"
 #include "embed/effect_instance.h"
 #include "tools/lumenveil/render_command.h"
 
@@ -28,7 +30,7 @@ struct DemoRender {
 void render(const EffectModule& module, const std::string& scene, const std::string& output,
             const std::vector<std::string>& options, const std::string& spread, const std::string& overlay)
 {
-    std::vector<Parameter> parameters = EffectInstance(module.CreateEffect()).Parameters();
+    std::vector<Parameter> parameters = toolParameters(module);
     CLI::App command;
     RenderRequest request;
     addRenderOptions(command, request);
@@ -77,7 +79,10 @@ void runDemo(const EffectModule& module, const std::string& directory)
         throw Failure("cannot create " + directory + ": " + error.message());
     const std::string scene = (fs::path(directory) / "scene.png").string();
     const std::string aperture = (fs::path(directory) / "aperture.png").string();
-    writeImage(scene, makeNightScene(kWidth, kHeight), SampleDepth::U8, 3);
+    const std::string sceneDepth = (fs::path(directory) / "scene-depth.exr").string();
+    std::vector<float> depth;
+    writeImage(scene, makeNightScene(kWidth, kHeight, false, &depth), SampleDepth::U8, 3);
+    writeDepth(sceneDepth, kWidth, kHeight, depth);
     // The star spans the inner cut-out radius of the Image render below.
     writeImage(aperture, makeStarAperture(kWidth, kHeight, 0.03f * 0.5f * kWidth), SampleDepth::U8, 3);
 
@@ -89,11 +94,21 @@ void runDemo(const EffectModule& module, const std::string& directory)
     std::printf("lumenveil demo: the scene and its defocused versions are in %s\n", directory.c_str());
     std::printf("  %-16s the night scene (input)\n", "scene.png");
     std::printf("  %-16s the aperture picture for the Image shape\n", "aperture.png");
+    std::printf("  %-16s the scene's depth map, metres (0: the sky, at infinity)\n", "scene-depth.exr");
     for (const DemoRender& demo : renders) {
         const std::string output = (fs::path(directory) / demo.file).string();
         render(module, scene, output, demo.options, demo.spread ? aperture : "", "");
         std::printf("  %-16s %s\n", demo.file, demo.what);
     }
+    // Depth of field: a 85 mm lens at f/1.4 on a 36 mm sensor, focused on the nearest building (14 m).
+    const std::vector<std::string> lens = {"--depth", sceneDepth, "--focus", "14", "--f-stop", "1.4", "--focal-length",
+                                           "85", "--sensor-width", "36", "--max-radius", "0.06", "--shape",
+                                           "polygon", "--sides", "6", "--rotation", "15"};
+    std::vector<std::string> withCoc = lens;
+    withCoc.insert(withCoc.end(), {"--coc", (fs::path(directory) / "depth-coc.png").string()});
+    render(module, scene, (fs::path(directory) / "depth-of-field.png").string(), withCoc, "", "");
+    std::printf("  %-16s depth of field from scene-depth.exr (85 mm f/1.4 focused at 14 m)\n", "depth-of-field.png");
+    std::printf("  %-16s its blur radius per pixel (white: the largest)\n", "depth-coc.png");
     renderSceneLinear(module, directory);
     const std::string overlay = (fs::path(directory) / "overlay.png").string();
     try {

@@ -59,9 +59,17 @@ void addLight(ImageFrame& f, float cx, float cy, float radius, const float colou
         }
 }
 
+// Sets `depth` (width a row) over a rectangle, clipped to the frame.
+void fillDepth(std::vector<float>* depth, int width, int height, int x0, int y0, int x1, int y1, float value)
+{
+    for (int y = std::max(0, y0); depth && y < std::min(height, y1); ++y)
+        for (int x = std::max(0, x0); x < std::min(width, x1); ++x)
+            (*depth)[static_cast<size_t>(y) * width + x] = value;
+}
+
 }  // namespace
 
-ImageFrame makeNightScene(int width, int height, bool lightLevels)
+ImageFrame makeNightScene(int width, int height, bool lightLevels, std::vector<float>* depth)
 {
     // Scene-linear levels of the lights: the street lamps, and the others
     // spread over 4 to 40 by their index (no draw of the generator, so that
@@ -72,6 +80,11 @@ ImageFrame makeNightScene(int width, int height, bool lightLevels)
     };
     ImageFrame f = blank(width, height);
     SceneRandom random;
+    // The distances come from a generator of their own: the picture is the
+    // same with and without them.
+    SceneRandom distances;
+    if (depth)
+        depth->assign(static_cast<size_t>(width) * height, 0.0f);
     // Sky: deep blue at the top to near black at the horizon.
     for (int y = 0; y < height; ++y) {
         const float t = static_cast<float>(y) / height;
@@ -85,6 +98,7 @@ ImageFrame makeNightScene(int width, int height, bool lightLevels)
         const float shade = random.Between(0.04f, 0.09f);
         const float wall[3] = {shade, shade, shade * 1.1f};
         fillRect(f, x, top, x + w, height, wall);
+        fillDepth(depth, width, height, x, top, x + w, height, distances.Between(12.0f, 60.0f));
         for (int wy = top + 6; wy < height - 8; wy += 12)
             for (int wx = x + 4; wx < x + w - 6; wx += 10)
                 if (random.Next() < 0.3f) {
@@ -96,6 +110,10 @@ ImageFrame makeNightScene(int width, int height, bool lightLevels)
     // Street: a dark band with a line of lamps, and scattered lights of several colours.
     const float street[3] = {0.03f, 0.03f, 0.035f};
     fillRect(f, 0, height * 4 / 5, width, height, street);
+    for (int y = height * 4 / 5; depth && y < height; ++y) {
+        const float t = static_cast<float>(height - 1 - y) / (height - 1 - height * 4 / 5);
+        fillDepth(depth, width, height, 0, y, width, y + 1, 2.0f + 10.0f * t);
+    }
     const float palette[][3] = {{1.0f, 0.85f, 0.55f}, {1.0f, 0.3f, 0.2f}, {0.35f, 0.6f, 1.0f},
                                 {0.4f, 1.0f, 0.5f},   {1.0f, 1.0f, 1.0f}, {1.0f, 0.5f, 0.9f}};
     for (int i = 0; i < 10; ++i)

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "embed/point_spread.h"
+#include "hostsdk/depth_input.h"
+#include "tools/lumenveil/depth_frames.h"
 #include "tools/lumenveil/cli_error.h"
 #include "embed/host_frame.h"
 #include "tools/lumenveil/interrupt.h"
@@ -72,6 +74,7 @@ struct FramePipeline::LoadedFrame {
     ImageHeader header;
     HostFrames images;
     ComRef<MemoryImage> spread;
+    ComRef<MemoryImage> depth;  // the Depth input of a depth-of-field render
     std::vector<float> alpha;  // the file's alpha, kept where the host format has none
 };
 
@@ -79,6 +82,7 @@ struct FramePipeline::LoadedFrame {
 struct FramePipeline::Rendered {
     RgbaImage layer;            // the overlay, with --overlay
     ImageFrame spreadPicture;  // the point-spread picture, with --psf
+    ImageFrame cocPicture;     // the blur radii, with --coc
 };
 
 FramePipeline::FramePipeline(const RenderRequest& request, const RenderPlan& renderPlan, const RenderSetup& renderSetup,
@@ -129,6 +133,11 @@ FramePipeline::LoadedFrame FramePipeline::load(long f, HostFrames images)
     loaded.images = std::move(images);
     if (spreadPerFrame)
         loaded.spread = readSpread(framePath(r.spread, f), frame, path, format, setup.rows);
+    if (plan.depthMap) {
+        const DepthSource source{framePath(plan.depthMap->path, f), plan.depthMap->channel};
+        loaded.depth = depthHostImage(readDepth(source, frame.width, frame.height), frame.width, frame.height,
+                                      setup.rows);
+    }
     return loaded;
 }
 
@@ -144,6 +153,7 @@ IDSImage* FramePipeline::spreadFor(const LoadedFrame& frame, long f)
 FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)
 {
     host.SetInput(1, spreadFor(frame, f));
+    host.SetInput(DS_INPUT_DEPTH, frame.depth.get());
     fx->SetInput(frame.images.input.get());
     fx->SetOutput(frame.images.output.get());
     if (interruptRequested())
@@ -162,6 +172,9 @@ FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)
         rendered.layer = overlay->Draw(frame.header.width, frame.header.height, r.pixelAspect, time);
     if (outputs.Find(OutputKind::PointSpread))
         rendered.spreadPicture = pointSpreadPicture(fx);
+    if (const RunOutput* coc = outputs.Find(OutputKind::CircleOfConfusion))
+        rendered.cocPicture = circleOfConfusionPicture(fx, frame.header.width, frame.header.height,
+                                                       imageFileIsFloat(coc->Path(f)));
     return rendered;
 }
 
@@ -196,6 +209,9 @@ void FramePipeline::write(long f, const LoadedFrame& frame, const Rendered& rend
         withOverlay->Finish();
     if (const RunOutput* psf = outputs.Find(OutputKind::PointSpread))
         writeImage(psf->Path(f), rendered.spreadPicture, SampleDepth::U8, 1);
+    if (const RunOutput* coc = outputs.Find(OutputKind::CircleOfConfusion))
+        writeImage(coc->Path(f), rendered.cocPicture, imageFileIsFloat(coc->Path(f)) ? SampleDepth::Float
+                                                                                    : SampleDepth::U16, 1);
 }
 
 void FramePipeline::Run()
@@ -237,4 +253,5 @@ void FramePipeline::Run()
         writing.get();
     progress.Finish();
     host.SetInput(1, nullptr);
+    host.SetInput(DS_INPUT_DEPTH, nullptr);
 }

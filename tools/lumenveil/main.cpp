@@ -9,6 +9,8 @@
 
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/demo_command.h"
+#include "tools/lumenveil/depth_render.h"
+#include "tools/lumenveil/focus_command.h"
 #include "embed/effect_instance.h"
 #include "embed/effect_module.h"
 #include "tools/lumenveil/info_command.h"
@@ -51,12 +53,15 @@ namespace {
 // The subcommands, with what their options fill.
 struct Commands {
     RenderRequest request;
+    FocusRequest focusRequest;
     std::string demoDirectory = "lumenveil-demo";
     CLI::App* render = nullptr;
     CLI::App* demo = nullptr;
     CLI::App* info = nullptr;
     CLI::App* page = nullptr;
     CLI::App* formats = nullptr;
+    CLI::App* focus = nullptr;
+    std::unique_ptr<ParameterOptions> focusParameters;
     std::unique_ptr<ParameterOptions> renderParameters;
     std::unique_ptr<ParameterOptions> pageParameters;
 };
@@ -73,6 +78,9 @@ void addCommands(CLI::App& app, Commands& c, const std::vector<Parameter>& param
     c.page = app.add_subcommand("page", "The effect's property page as text, for the parameters given");
     c.pageParameters = std::make_unique<ParameterOptions>(*c.page, parameters);
     c.formats = app.add_subcommand("formats", "The host pixel formats and the image file formats");
+    c.focus = app.add_subcommand("focus", "The depth and blur radius of one pixel of a depth map (Lumenveil Depth)");
+    addFocusOptions(*c.focus, c.focusRequest);
+    c.focusParameters = std::make_unique<ParameterOptions>(*c.focus, parameters);
 }
 
 // Runs the subcommand given; the exit code.
@@ -93,6 +101,8 @@ int runCommand(const Commands& c, const EffectModule* module, const std::string&
             printEffectInfo(*module);
         else if (c.page->parsed())
             printPage(*module, *c.pageParameters);
+        else if (c.focus->parsed())
+            printFocus(*module, c.focusRequest, *c.focusParameters);
     } catch (const UsageError& e) {
         return report(e.what(), kExitUsage);
     } catch (const Interrupted& e) {
@@ -119,7 +129,7 @@ int main(int argc, char** argv)
     try {
         g_loadedModule = new EffectModule(locateModule(modulePath));
         module = g_loadedModule;
-        parameters = EffectInstance(module->CreateEffect()).Parameters();
+        parameters = toolParameters(*module);
     } catch (const Failure& failure) {
         moduleError = failure.what();
     }

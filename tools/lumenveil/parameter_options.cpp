@@ -65,6 +65,23 @@ ParameterOptions::ParameterOptions(CLI::App& command, const std::vector<Paramete
     }
 }
 
+std::vector<const Parameter*> ParameterOptions::GivenParameters() const
+{
+    std::vector<const Parameter*> given;
+    for (const auto& single : singles)
+        if (single->option->count() > 0)
+            given.push_back(single->parameter);
+    for (const auto& flag : flags)
+        if (flag->on->count() > 0 || flag->off->count() > 0)
+            given.push_back(flag->parameter);
+    for (const auto& pair : pairs)
+        if (pair->given && pair->given->count() > 0) {
+            given.push_back(pair->x);
+            given.push_back(pair->y);
+        }
+    return given;
+}
+
 void ParameterOptions::Apply(EffectInstance& effect) const
 {
     for (const auto& single : singles)

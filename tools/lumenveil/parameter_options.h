@@ -25,6 +25,8 @@ public:
     // Whether the option of the parameter with property name `name` was
     // given (a flag's --NAME or --no-NAME, a position's X,Y for either half).
     bool Given(const std::string& name) const;
+    // The parameters whose options were given.
+    std::vector<const Parameter*> GivenParameters() const;
 
 private:
     struct Single {

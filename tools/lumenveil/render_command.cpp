@@ -4,6 +4,7 @@
 
 #include "embed/effect_host.h"
 #include "hostsdk/content.h"
+#include "tools/lumenveil/depth_render.h"
 #include "tools/lumenveil/frame_memory.h"
 #include "tools/lumenveil/frame_pipeline.h"
 #include "tools/lumenveil/keyframe_option.h"
@@ -19,6 +20,7 @@ void setParameters(EffectInstance& effect, const RenderRequest& r, const Paramet
     if (!r.preset.empty())
         effect.LoadPreset(readTextFile(r.preset), r.preset);
     parameters.Apply(effect);
+    useLensWhenGiven(effect, parameters);
     for (const std::string& text : r.keys) {
         const KeyOption key = parseKeyOption(effect.Parameters(), text);
         effect.SetKey(*key.parameter, key.frame / r.rate, key.value);
@@ -48,7 +50,7 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
         plan = checkRequest(r, outputs);
     prepareSettingsDirectory();
 
-    EffectInstance effect(module.CreateEffect());
+    EffectInstance effect = makeRenderEffect(module, plan.depthMap.has_value(), parameters);
     std::unique_ptr<OverlayPainter> overlay;
     if (outputs.Find(OutputKind::Overlay))
         overlay = std::make_unique<OverlayPainter>(module, effect);

@@ -11,6 +11,8 @@ RunOutputs::RunOutputs(const RenderRequest& r)
         outputs.push_back({OutputKind::Overlay, "--overlay", r.overlay});
     if (!r.psf.empty())
         outputs.push_back({OutputKind::PointSpread, "--psf", r.psf});
+    if (!r.coc.empty())
+        outputs.push_back({OutputKind::CircleOfConfusion, "--coc", r.coc});
 }
 
 const RunOutput* RunOutputs::Find(OutputKind kind) const

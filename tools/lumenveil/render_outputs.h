@@ -9,7 +9,7 @@
 
 #include "tools/lumenveil/render_request.h"
 
-enum class OutputKind { Frame, Overlay, PointSpread };
+enum class OutputKind { Frame, Overlay, PointSpread, CircleOfConfusion };
 
 struct RunOutput {
     OutputKind kind;

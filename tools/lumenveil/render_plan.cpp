@@ -85,6 +85,12 @@ RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
     plan.selectors = channelSelectors(r.keep, r.matte);
     plan.fieldMask = fieldMaskOf(r.fields);
     plan.depth = depthOf(r.depth);
+    if (!r.depth.empty() && !plan.depth)
+        plan.depthMap = DepthSource{r.depth, r.depthChannel};
+    else if (!r.depthChannel.empty())
+        plan.depthMap = DepthSource{r.input, r.depthChannel};
+    if (!r.coc.empty() && !plan.depthMap)
+        throw UsageError("--coc needs a depth map: --depth FILE");
     if (const std::string problem = r.compression.empty() ? "" : compressionProblem(r.compression); !problem.empty())
         throw UsageError("--compression: " + problem);
     if (!r.hostFormat.empty())
@@ -104,6 +110,16 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
     RenderSetup setup;
     setup.header = readImageHeader(framePath(r.input, range.first));
     setup.light = light;
+    if (plan.depthMap)
+        for (long f = range.first; f <= range.last; ++f) {
+            const DepthSource source{framePath(plan.depthMap->path, f), plan.depthMap->channel};
+            const DepthHeader depth = readDepthHeader(source);
+            if (depth.width != setup.header.width || depth.height != setup.header.height)
+                throw Failure("the depth map " + source.path + " is " + std::to_string(depth.width) + " x " +
+                              std::to_string(depth.height) + " but " + framePath(r.input, f) + " is " +
+                              std::to_string(setup.header.width) + " x " + std::to_string(setup.header.height) +
+                              ": they must be the same size");
+        }
     setup.format = chooseHostFormat(r.hostFormat, light.Linear() ? SampleDepth::Float : setup.header.depth);
     setup.rows = hostFrameRows(setup.header.height, !r.exactHostFrame);
     const int32_t columns = hostFrameColumns(setup.header.width, *setup.format);

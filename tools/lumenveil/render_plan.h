@@ -10,6 +10,7 @@
 
 #include "hostsdk/image_format_geometry.h"
 #include "embed/effect_instance.h"
+#include "tools/lumenveil/depth_file.h"
 #include "tools/lumenveil/frame_pattern.h"
 #include "tools/lumenveil/image_file.h"
 #include "tools/lumenveil/render_outputs.h"
@@ -23,6 +24,7 @@ struct RenderPlan {
     std::array<int32_t, 4> selectors{};
     uint32_t fieldMask = 0;
     std::optional<SampleDepth> depth;
+    std::optional<DepthSource> depthMap;  // a depth-of-field render's depth (a pattern in a sequence)
 };
 
 // UsageError for the first option that is malformed or does not go with the

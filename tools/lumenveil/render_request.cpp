@@ -40,8 +40,18 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
                        "colon where it takes one: e.g. none, zip:1 (fast) to zip:9 (small), lzw, packbits for "
                        "TIFF; none, zip, piz, dwaa:45 for EXR (default: the file format's own)")
         ->type_name("NAME");
-    command.add_option("--depth", r.depth, "Output bit depth: 8, 16 or float (default: the input's)")
-        ->check(CLI::IsMember({"8", "16", "float"}));
+    command.add_option("--depth", r.depth,
+                       "8, 16 or float: the output's bit depth (default: the input's). Any other value is a depth "
+                       "map: a one-channel picture of INPUT's size (a pattern with --frames for a sequence), and "
+                       "the render is Lumenveil Depth's, whose blur follows it (--focus, --radius-infinity or the "
+                       "lens values)")
+        ->type_name("8|16|float|FILE");
+    command.add_option("--depth-channel", r.depthChannel,
+                       "The channel of the depth map holding depth (Z, depth.Z); without a depth map, INPUT's")
+        ->type_name("NAME");
+    command.add_option("--coc", r.coc,
+                       "With a depth map, also write the blur radius of each pixel, grey: in pixels in a float "
+                       "file (EXR), else white at the frame's largest radius");
     command.add_flag("--exact-host-frame", r.exactHostFrame,
                      "Hand the frame to the effect as it is. By default the tool pads it to a multiple of four "
                      "rows by repeating its last row and crops the result, since the effect leaves the last "

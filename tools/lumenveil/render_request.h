@@ -17,7 +17,9 @@ struct RenderRequest {
     std::string overlay;
     std::string psf;
     std::string hostFormat;
-    std::string depth;
+    std::string depth;         // the output's sample depth (8, 16, float), or a depth map
+    std::string depthChannel;  // the depth map's channel (or INPUT's, without a depth map)
+    std::string coc;           // the circle-of-confusion picture
     std::string compression;
     std::string keep;
     std::string fields = "both";

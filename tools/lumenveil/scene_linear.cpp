@@ -90,7 +90,9 @@ bool brightEmphasisGiven(const EffectInstance& effect, const RenderRequest& r, c
 
 LightPath chooseLightPath(EffectInstance& effect, const RenderRequest& r, const ParameterOptions& options)
 {
-    const bool linear = effect.Get(parameterNamed(effect, kLinear), -1.0) != 0.0;
+    // An effect without the Linear property (Lumenveil Depth) renders in 16 bits.
+    const Parameter* linearProperty = findParameter(effect.Parameters(), kLinear);
+    const bool linear = linearProperty && effect.Get(*linearProperty, -1.0) != 0.0;
     const double exposure = exposureScale(r.exposure, linear);
     if (!linear)
         return LightPath(false, exposure, r.unassociatedAlpha);
