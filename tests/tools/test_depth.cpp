@@ -38,6 +38,19 @@ protected:
         ASSERT_TRUE(out && out->open(path("layered.exr"), spec) && out->write_image(OIIO::TypeDesc::FLOAT,
                                                                                        layered.data()));
         out->close();
+        // A CG render: colour and depth in one file, R G B Z.
+        std::vector<float> render(W * H * 4);
+        for (int i = 0; i < W * H; ++i) {
+            std::copy(&frame.data[i * 3], &frame.data[i * 3] + 3, &render[i * 4]);
+            render[i * 4 + 3] = depth.data[i];
+        }
+        OIIO::ImageSpec renderSpec(W, H, 4, OIIO::TypeDesc::FLOAT);
+        renderSpec.channelnames = {"R", "G", "B", "Z"};
+        renderSpec.alpha_channel = -1;
+        out = OIIO::ImageOutput::create(path("render.exr"));
+        ASSERT_TRUE(out && out->open(path("render.exr"), renderSpec) &&
+                    out->write_image(OIIO::TypeDesc::FLOAT, render.data()));
+        out->close();
         write("small.exr", Picture(W - 1, H, 1));
     }
     // r_inf of the thin lens in pixels: f^2 / (N (zf - f)) mm on the sensor.
@@ -76,6 +89,11 @@ TEST_F(Depth, DepthFromANamedChannelAndTheFocusCommand)
              "--radius-infinity", "0.1", "-q"});
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(read("a.exr").data, read("b.exr").data);
+    // The depth from a channel of INPUT itself.
+    r = run({"render", "render.exr", "-o", "c.exr", "--depth-channel", "Z", "--focus", "2", "--radius-infinity", "0.1",
+             "-q"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(read("a.exr").data, read("c.exr").data);
     // Pixel 12 is at 4 m: r = 0.1 x 0.5 x 40 x |4 - 2| / 4 = 1 px behind the focus.
     r = run({"focus", "in.exr", "--depth", "z.exr", "--at", "12,5", "--focus", "2", "--radius-infinity", "0.1"});
     ASSERT_EQ(r.exitCode, 0) << r.err;

@@ -27,7 +27,7 @@ void printFocus(const EffectModule& module, const FocusRequest& r, const Paramet
     if (r.depth.empty() && r.channel.empty())
         throw UsageError("focus needs a depth map: --depth FILE or --depth-channel NAME");
     const DepthSource source{r.depth.empty() ? r.input : r.depth, r.channel};
-    const ImageHeader frame = readImageHeader(r.input);
+    const ImageHeader frame = readImageHeader(r.input, true);
     if (x < 0 || y < 0 || x >= frame.width || y >= frame.height)
         throw UsageError("--at " + r.at + " lies outside the " + std::to_string(frame.width) + " x " +
                          std::to_string(frame.height) + " frame");

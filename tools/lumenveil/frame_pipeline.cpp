@@ -104,7 +104,7 @@ FramePipeline::LoadedFrame FramePipeline::load(long f, HostFrames images)
 {
     const std::string path = framePath(r.input, f);
     const HostFormatGeometry& format = *setup.format;
-    ImageReader reader(path);
+    ImageReader reader(path, depthInInput(r, plan));
     LoadedFrame loaded;
     loaded.header = reader.Header();
     const ImageHeader& frame = loaded.header;

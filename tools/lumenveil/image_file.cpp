@@ -135,7 +135,21 @@ struct ImageReader::File {
     std::vector<uint8_t> samples;  // the file's channels, one chunk of rows; a tiled file whole
 };
 
-ImageReader::ImageReader(const std::string& path) : file(std::make_unique<File>())
+namespace {
+
+// The colour channels of a file of layers: 4 for R G B A first, 3 for R G B, else 0.
+int colourChannelsOf(const OIIO::ImageSpec& layout)
+{
+    const char* names[] = {"R", "G", "B", "A"};
+    int n = 0;
+    while (n < 4 && n < layout.nchannels && layout.channel_name(n) == names[n])
+        ++n;
+    return n >= 3 ? n : 0;
+}
+
+}  // namespace
+
+ImageReader::ImageReader(const std::string& path, bool layers) : file(std::make_unique<File>())
 {
     std::error_code error;
     if (!fs::exists(path, error))
@@ -150,11 +164,15 @@ ImageReader::ImageReader(const std::string& path) : file(std::make_unique<File>(
         throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
     }
     const OIIO::ImageSpec& layout = file->layout;
-    if (layout.nchannels < 1 || layout.nchannels > 4)
+    const int colour = layers ? colourChannelsOf(layout) : 0;
+    if (colour > 0)
+        header = ImageHeader{layout.width, layout.height, colour, depthOf(layout.format), file->in->format_name()};
+    else if (layout.nchannels < 1 || layout.nchannels > 4)
         throw Failure("cannot use " + path + ": it has " + std::to_string(layout.nchannels) +
                       " channels; grey, grey + alpha, RGB and RGBA (1 to 4) are supported");
-    header = ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format),
-                         file->in->format_name()};
+    else
+        header = ImageHeader{layout.width, layout.height, layout.nchannels, depthOf(layout.format),
+                             file->in->format_name()};
 }
 
 ImageReader::~ImageReader() = default;
@@ -162,7 +180,7 @@ ImageReader::~ImageReader() = default;
 void ImageReader::ReadRows(int y, int count, float* rgba)
 {
     const OIIO::ImageSpec& layout = file->layout;
-    const int n = layout.nchannels;
+    const int n = header.channels;  // the first n of the file's channels
     const size_t width = static_cast<size_t>(layout.width);
     const OIIO::TypeDesc type = sampleTypeOf(layout.format);
     const size_t rowBytes = width * n * type.size();
@@ -282,7 +300,7 @@ void ImageWriter::Finish()
 
 std::string ImageWriter::FormatName() const { return file->out->format_name(); }
 
-ImageHeader readImageHeader(const std::string& path) { return ImageReader(path).Header(); }
+ImageHeader readImageHeader(const std::string& path, bool layers) { return ImageReader(path, layers).Header(); }
 
 ImageFrame readImage(const std::string& path)
 {

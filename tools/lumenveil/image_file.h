@@ -35,7 +35,10 @@ struct ImageFrame {
 // unreadable, or has a channel count other than 1 to 4.
 class ImageReader {
 public:
-    explicit ImageReader(const std::string& path);
+    // With `layers`, a file whose first channels are named R, G, B (and A)
+    // is taken as those alone: a render's layers beside its colour (a Z
+    // channel) are left for others to read.
+    explicit ImageReader(const std::string& path, bool layers = false);
     ~ImageReader();
     ImageReader(const ImageReader&) = delete;
     ImageReader& operator=(const ImageReader&) = delete;
@@ -77,7 +80,7 @@ private:
 };
 
 // The whole file at once, as ImageReader reads it.
-ImageHeader readImageHeader(const std::string& path);
+ImageHeader readImageHeader(const std::string& path, bool layers = false);
 ImageFrame readImage(const std::string& path);
 // The whole frame at once, as ImageWriter writes it.
 void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,

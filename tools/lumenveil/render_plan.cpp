@@ -69,6 +69,11 @@ void checkExists(const std::string& path)
 
 }  // namespace
 
+bool depthInInput(const RenderRequest& r, const RenderPlan& plan)
+{
+    return plan.depthMap && plan.depthMap->path == r.input;
+}
+
 RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
 {
     if (r.input.empty())
@@ -108,7 +113,7 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
             checkExists(framePath(r.spread, f));
     }
     RenderSetup setup;
-    setup.header = readImageHeader(framePath(r.input, range.first));
+    setup.header = readImageHeader(framePath(r.input, range.first), depthInInput(r, plan));
     setup.light = light;
     if (plan.depthMap)
         for (long f = range.first; f <= range.last; ++f) {

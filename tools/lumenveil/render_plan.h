@@ -27,6 +27,10 @@ struct RenderPlan {
     std::optional<DepthSource> depthMap;  // a depth-of-field render's depth (a pattern in a sequence)
 };
 
+// Whether the depth comes from a channel of INPUT itself (--depth-channel
+// without a depth map): INPUT is then read as a file of layers.
+bool depthInInput(const RenderRequest& request, const RenderPlan& plan);
+
 // UsageError for the first option that is malformed or does not go with the
 // others.
 RenderPlan checkRequest(const RenderRequest& request, const RunOutputs& outputs);
