@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "effect/ParallelRowsVZ.h"
 #include "generic/library/PluginVZ.h"
 
 namespace {
@@ -82,10 +83,20 @@ void DepthCompositeVZ::completeBehind(const PixelBox& box, int32_t reach, int32_
     const size_t stride = static_cast<size_t>(box.Width()) + 1;
     const size_t tableSize = stride * (static_cast<size_t>(box.Height()) + 1);
     sums.resize(tableSize * (channels + 1));
-    sumTable(behindCoverage.data(), width, box, sums.data());
-    for (int c = 0; c < channels; ++c)
-        sumTable(behind[c].data(), width, box, sums.data() + tableSize * (c + 1));
-    for (int32_t y = 0; y < box.Height(); ++y) {
+    // One table a plane: the coverage first, then the channels.
+    forEachRowSlice(channels + 1, [&](int first, int last) {
+        for (int t = first; t <= last; ++t)
+            sumTable(t == 0 ? behindCoverage.data() : behind[t - 1].data(), width, box, sums.data() + tableSize * t);
+    });
+    forEachRowSlice(box.Height(), [&](int first, int last) { fillRows(box, reach, width, channels, first, last); });
+}
+
+void DepthCompositeVZ::fillRows(const PixelBox& box, int32_t reach, int32_t width, int channels, int first,
+                                int last)
+{
+    const size_t stride = static_cast<size_t>(box.Width()) + 1;
+    const size_t tableSize = stride * (static_cast<size_t>(box.Height()) + 1);
+    for (int32_t y = first; y <= last; ++y) {
         const int32_t y0 = std::max(y - reach, 0), y1 = std::min(y + reach + 1, box.Height());
         for (int32_t x = 0; x < box.Width(); ++x) {
             const size_t i = static_cast<size_t>(box.y0 + y) * width + box.x0 + x;
@@ -114,15 +125,18 @@ void DepthCompositeVZ::takeLayer(const DepthFrameVZ& frame, const DepthLayersVZ&
     for (int c = 0; c < channels; ++c)
         layer[c].resize(count);
     layerCoverage.resize(count);
-    size_t j = 0;
-    for (int32_t y = box.y0; y < box.y1; ++y)
-        for (int32_t x = box.x0; x < box.x1; ++x, ++j) {
-            const size_t i = static_cast<size_t>(y) * frame.width + x;
-            const float w = coverageFlat ? 1.0f : layers.Weight(index, i);
-            for (int c = 0; c < channels; ++c)
-                layer[c][j] = w * frame.channel[c][i];
-            layerCoverage[j] = w;
+    forEachRowSlice(box.Height(), [&](int first, int last) {
+        for (int32_t y = box.y0 + first; y <= box.y0 + last; ++y) {
+            size_t j = static_cast<size_t>(y - box.y0) * box.Width();
+            for (int32_t x = box.x0; x < box.x1; ++x, ++j) {
+                const size_t i = static_cast<size_t>(y) * frame.width + x;
+                const float w = coverageFlat ? 1.0f : layers.Weight(index, i);
+                for (int c = 0; c < channels; ++c)
+                    layer[c][j] = w * frame.channel[c][i];
+                layerCoverage[j] = w;
+            }
         }
+    });
 }
 
 bool DepthCompositeVZ::convolveLayer(FftEngine& engine, const PixelBox& box, int channels, bool coverageFlat)
@@ -141,16 +155,19 @@ bool DepthCompositeVZ::convolveLayer(FftEngine& engine, const PixelBox& box, int
 
 void DepthCompositeVZ::compositeOver(const PixelBox& box, int32_t width, int channels)
 {
-    size_t j = 0;
-    for (int32_t y = box.y0; y < box.y1; ++y)
-        for (int32_t x = box.x0; x < box.x1; ++x, ++j) {
-            const size_t i = static_cast<size_t>(y) * width + x;
-            const float a = layerCoverage[j];
-            const float rest = 1.0f - a;
-            for (int c = 0; c < channels; ++c)
-                behind[c][i] = layer[c][j] + rest * behind[c][i];
-            behindCoverage[i] = a + rest * behindCoverage[i];
+    forEachRowSlice(box.Height(), [&](int first, int last) {
+        for (int32_t y = box.y0 + first; y <= box.y0 + last; ++y) {
+            size_t j = static_cast<size_t>(y - box.y0) * box.Width();
+            for (int32_t x = box.x0; x < box.x1; ++x, ++j) {
+                const size_t i = static_cast<size_t>(y) * width + x;
+                const float a = layerCoverage[j];
+                const float rest = 1.0f - a;
+                for (int c = 0; c < channels; ++c)
+                    behind[c][i] = layer[c][j] + rest * behind[c][i];
+                behindCoverage[i] = a + rest * behindCoverage[i];
+            }
         }
+    });
 }
 
 bool DepthCompositeVZ::Render(const DepthFrameVZ& frame, const DepthLayersVZ& layers, DepthKernelsVZ& kernels,
@@ -187,12 +204,14 @@ bool DepthCompositeVZ::Render(const DepthFrameVZ& frame, const DepthLayersVZ& la
         if (monitor && PluginVZ::ShouldAbort(monitor))
             return false;
     }
-    for (int c = 0; c < kDepthChannels; ++c) {
+    for (int c = 0; c < kDepthChannels; ++c)
         result[c].resize(count);
-        for (size_t i = 0; i < count; ++i) {
+    forEachRowSlice(frame.height, [&](int first, int last) {
+        for (size_t i = static_cast<size_t>(first) * frame.width; i < static_cast<size_t>(last + 1) * frame.width; ++i) {
             const float q = behindCoverage[i];
-            result[c][i] = c < channels && q > kLeastCoverage ? behind[c][i] / q : frame.channel[c][i];
+            for (int c = 0; c < kDepthChannels; ++c)
+                result[c][i] = c < channels && q > kLeastCoverage ? behind[c][i] / q : frame.channel[c][i];
         }
-    }
+    });
     return true;
 }

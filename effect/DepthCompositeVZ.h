@@ -48,6 +48,9 @@ private:
     // Completes the channels behind in `box` where their coverage is short of
     // 1, from the box of half-width `reach` around each pixel.
     void completeBehind(const PixelBox& box, int32_t reach, int32_t width, int channels);
+    // The completion of rows first..last of the box, from the summed-area
+    // tables in `sums`.
+    void fillRows(const PixelBox& box, int32_t reach, int32_t width, int channels, int first, int last);
     // Fills the layer planes of `box` with layer `layer`'s share of the frame.
     void takeLayer(const DepthFrameVZ& frame, const DepthLayersVZ& layers, int32_t layer, const PixelBox& box,
                    int channels, bool coverageFlat);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "effect/ParallelRowsVZ.h"
+
 namespace {
 
 // The radius from which the step is a fraction of the radius.
@@ -92,8 +94,10 @@ void DepthLayersVZ::Plan(const float* signedRadii, int32_t width, int32_t height
 {
     const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
     std::vector<float> warped(count);
-    for (size_t i = 0; i < count; ++i)
-        warped[i] = static_cast<float>(Warp(signedRadii[i], spacing));
+    forEachRowSlice(height, [&](int first, int last) {
+        for (size_t i = static_cast<size_t>(first) * width; i < static_cast<size_t>(last + 1) * width; ++i)
+            warped[i] = static_cast<float>(Warp(signedRadii[i], spacing));
+    });
     float lo = 0.0f, hi = 0.0f;
     if (count > 0) {
         const auto [a, b] = std::minmax_element(signedRadii, signedRadii + count);
@@ -110,9 +114,8 @@ void DepthLayersVZ::Plan(const float* signedRadii, int32_t width, int32_t height
     boxes.assign(static_cast<size_t>(n), PixelBox{});
     lower.resize(count);
     upperShare.resize(count);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            const size_t i = static_cast<size_t>(y) * width + x;
+    forEachRowSlice(height, [&](int first, int last) {
+        for (size_t i = static_cast<size_t>(first) * width; i < static_cast<size_t>(last + 1) * width; ++i) {
             const double w = warped[i];
             int32_t k = static_cast<int32_t>(std::upper_bound(u.begin(), u.end(), w) - u.begin()) - 1;
             k = std::clamp(k, 0, n - 1);
@@ -126,9 +129,13 @@ void DepthLayersVZ::Plan(const float* signedRadii, int32_t width, int32_t height
                 share = 0.0f;
             lower[i] = k;
             upperShare[i] = share;
-            if (share < 1.0f)
-                include(boxes[static_cast<size_t>(k)], x, y);
-            if (share > 0.0f)
-                include(boxes[static_cast<size_t>(k) + 1], x, y);
+        }
+    });
+    size_t i = 0;
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x, ++i) {
+            include(boxes[static_cast<size_t>(lower[i])], x, y);
+            if (upperShare[i] > 0.0f)
+                include(boxes[static_cast<size_t>(lower[i]) + 1], x, y);
         }
 }

@@ -1,7 +1,9 @@
 #include "effect/LumenveilDepth.h"
 
 #include <algorithm>
+#include <atomic>
 
+#include "effect/ParallelRowsVZ.h"
 #include "generic/library/VZImage.h"
 #include "vzlibs/fftlib/emphasis.h"
 #include "vzlibs/fftlib/engine_colour.h"
@@ -41,29 +43,39 @@ void LumenveilDepth::loadPlanes(const ImageRec* image, double e, bool alphaEmpha
     frame.signedRadius.resize(count);
     const DepthLensVZ lens = depthSettings.Lens(frame.width);
     const uint16_t firstAlpha = pixelRow(image, 0)[3];
-    bool alphaVaries = false;
-    size_t i = 0;
-    for (int32_t y = 0; y < frame.height; ++y) {
+    std::atomic<bool> alphaVaries{false};
+    forEachRowSlice(frame.height, [&](int first, int last) { loadRows(image, e, alphaEmphasis, lens, firstAlpha, &alphaVaries, first, last); });
+    frame.alphaVaries = alphaVaries.load();
+}
+
+void LumenveilDepth::loadRows(const ImageRec* image, double e, bool alphaEmphasis, const DepthLensVZ& lens,
+                              uint16_t firstAlpha, std::atomic<bool>* alphaVaries, int first, int last)
+{
+    bool varies = false;
+    for (int32_t y = first; y <= last; ++y) {
         const uint16_t* p = pixelRow(image, y);
         const float* z = depth.samples + y * depth.rowStride;
+        size_t i = static_cast<size_t>(y) * frame.width;
         for (int32_t x = 0; x < frame.width; ++x, ++i, p += 4) {
             const double r = p[0] * kRead, g = p[1] * kRead, b = p[2] * kRead, a = p[3] * kRead;
             frame.channel[0][i] = static_cast<float>(emphasise(engine_colour::luma(r, g, b), e));
             frame.channel[1][i] = static_cast<float>(engine_colour::chromaA(r, g, b));
             frame.channel[2][i] = static_cast<float>(engine_colour::chromaB(r, g, b));
             frame.channel[3][i] = static_cast<float>(alphaEmphasis ? emphasise(a, e) : a);
-            alphaVaries |= p[3] != firstAlpha;
+            varies |= p[3] != firstAlpha;
             frame.signedRadius[i] = lens.SignedRadius(z[x]);
         }
     }
-    frame.alphaVaries = alphaVaries;
+    if (varies)
+        alphaVaries->store(true);
 }
 
 void LumenveilDepth::storePlanes(ImageRec* image, double e, bool alphaEmphasis, bool withAlpha) const
 {
-    size_t i = 0;
-    for (int32_t y = 0; y < frame.height; ++y) {
+    forEachRowSlice(frame.height, [&](int first, int last) {
+    for (int32_t y = first; y <= last; ++y) {
         uint16_t* p = const_cast<uint16_t*>(pixelRow(image, y));
+        size_t i = static_cast<size_t>(y) * frame.width;
         for (int32_t x = 0; x < frame.width; ++x, ++i, p += 4) {
             double r, g, b;
             engine_colour::rgbOf(deemphasise(result[0][i], e), result[1][i], result[2][i], &r, &g, &b);
@@ -76,6 +88,7 @@ void LumenveilDepth::storePlanes(ImageRec* image, double e, bool alphaEmphasis, 
             }
         }
     }
+    });
 }
 
 DepthApertureVZ LumenveilDepth::apertureOf(int32_t width, int32_t height, const ImageRec* spreadRec) const

@@ -6,6 +6,7 @@
 // effect's; the kernels of the layers are cached by radius and box.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -49,6 +50,9 @@ public:
 private:
     // The frame's planes in the engine's colour, and the per-pixel radii.
     void loadPlanes(const ImageRec* image, double emphasis, bool alphaEmphasis);
+    // Rows first..last of them; sets *alphaVaries when an alpha differs from `firstAlpha`.
+    void loadRows(const ImageRec* image, double emphasis, bool alphaEmphasis, const DepthLensVZ& lens,
+                  uint16_t firstAlpha, std::atomic<bool>* alphaVaries, int first, int last);
     // The composite back into `image` (four 16-bit channels).
     void storePlanes(ImageRec* image, double emphasis, bool alphaEmphasis, bool withAlpha) const;
     // The values that shape every kernel of this frame; `spreadRec` is the
