@@ -16,7 +16,7 @@ SpreadPicture::SpreadPicture(const std::string& path, int32_t w, int32_t h) : wi
                       " channels; 1 to 4 are taken");
     OIIO::ImageBuf fitted;
     const OIIO::ImageBuf* picture = &file;
-    if (file.spec().width != width || file.spec().height != height) {
+    if (file.roi().width() != width || file.roi().height() != height) {
         const OIIO::ROI frame(0, width, 0, height, 0, 1, 0, channels);
         if (!OIIO::ImageBufAlgo::fit(fitted, file, "", 0.0f, "letterbox", false, frame))
             throw Failure("cannot fit the Spread picture " + path + " to the frame: " + fitted.geterror());

@@ -77,17 +77,17 @@ std::vector<unsigned char> rgba(const std::string& path)
 {
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);  // samples as stored
-    auto in = OIIO::ImageInput::open(path, &config);
-    EXPECT_TRUE(in) << path;
+    OIIO::ImageSpec layout;
+    auto in = OIIO::ImageInput::create(path, false, &config);
+    EXPECT_TRUE(in && in->open(path, layout, config)) << path;
     if (!in)
         return {};
-    const OIIO::ImageSpec& spec = in->spec();
-    std::vector<unsigned char> file(static_cast<size_t>(spec.width) * spec.height * spec.nchannels);
-    in->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::UINT8, file.data());
-    std::vector<unsigned char> out(static_cast<size_t>(spec.width) * spec.height * 4, 255);
-    for (size_t i = 0; i < static_cast<size_t>(spec.width) * spec.height; ++i)
-        for (int c = 0; c < std::min(spec.nchannels, 4); ++c)
-            out[i * 4 + c] = file[i * spec.nchannels + c];
+    std::vector<unsigned char> file(static_cast<size_t>(layout.width) * layout.height * layout.nchannels);
+    in->read_image(0, 0, 0, layout.nchannels, OIIO::TypeDesc::UINT8, file.data());
+    std::vector<unsigned char> out(static_cast<size_t>(layout.width) * layout.height * 4, 255);
+    for (size_t i = 0; i < static_cast<size_t>(layout.width) * layout.height; ++i)
+        for (int c = 0; c < std::min(layout.nchannels, 4); ++c)
+            out[i * 4 + c] = file[i * layout.nchannels + c];
     return out;
 }
 

@@ -21,16 +21,16 @@ def read_picture(path, dtype):
     assert picture, oiio.geterror()
     pixels = picture.read_image(FORMATS[np.dtype(dtype).type])
     picture.close()
-    return pixels.reshape(picture.spec().height, picture.spec().width, -1)
+    return pixels.reshape(pixels.shape[0], pixels.shape[1], -1)
 
 
 def write_picture(path, array):
     layers = array if array.ndim == 3 else array[:, :, None]
-    spec = oiio.ImageSpec(layers.shape[1], layers.shape[0], layers.shape[2], FORMATS[array.dtype.type])
-    spec.attribute("oiio:UnassociatedAlpha", 1)
-    spec.attribute("compression", "none")
+    layout = oiio.ImageSpec(layers.shape[1], layers.shape[0], layers.shape[2], FORMATS[array.dtype.type])
+    layout.attribute("oiio:UnassociatedAlpha", 1)
+    layout.attribute("compression", "none")
     out = oiio.ImageOutput.create(str(path))
-    assert out.open(str(path), spec) and out.write_image(np.ascontiguousarray(layers)) and out.close()
+    assert out.open(str(path), layout) and out.write_image(np.ascontiguousarray(layers)) and out.close()
 
 
 def tool_options(values):

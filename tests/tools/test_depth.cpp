@@ -32,10 +32,10 @@ protected:
         std::vector<float> layered(W * H * 2, 0.5f);
         for (int i = 0; i < W * H; ++i)
             layered[i * 2 + 1] = depth.data[i];
-        OIIO::ImageSpec spec(W, H, 2, OIIO::TypeDesc::FLOAT);
-        spec.channelnames = {"R", "depth.Z"};
+        OIIO::ImageSpec layout(W, H, 2, OIIO::TypeDesc::FLOAT);
+        layout.channelnames = {"R", "depth.Z"};
         auto out = OIIO::ImageOutput::create(path("layered.exr"));
-        ASSERT_TRUE(out && out->open(path("layered.exr"), spec) && out->write_image(OIIO::TypeDesc::FLOAT,
+        ASSERT_TRUE(out && out->open(path("layered.exr"), layout) && out->write_image(OIIO::TypeDesc::FLOAT,
                                                                                        layered.data()));
         out->close();
         // A CG render: colour and depth in one file, R G B Z.

@@ -26,11 +26,12 @@ protected:
     {
         OIIO::ImageSpec config, layout;
         config.attribute("oiio:UnassociatedAlpha", 1);
-        auto in = OIIO::ImageInput::open(path(name), &config);
-        EXPECT_TRUE(in) << name;
-        if (!in)
+        auto in = OIIO::ImageInput::create(path(name), false, &config);
+        const bool opened = in && in->open(path(name), layout, config);
+        EXPECT_TRUE(opened) << name;
+        if (!opened)
             return {};
-        Picture p(in->spec().width, in->spec().height, in->spec().nchannels);
+        Picture p(layout.width, layout.height, layout.nchannels);
         EXPECT_TRUE(in->read_image(0, 0, 0, p.channels, OIIO::TypeDesc::FLOAT, p.data.data()));
         return p;
     }

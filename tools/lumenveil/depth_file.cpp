@@ -10,28 +10,29 @@ namespace {
 
 std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_string(h); }
 
-std::unique_ptr<OIIO::ImageInput> openDepth(const std::string& path)
+// The depth map open for reading, its layout in `layout`.
+std::unique_ptr<OIIO::ImageInput> openDepth(const std::string& path, OIIO::ImageSpec& layout)
 {
-    auto in = OIIO::ImageInput::open(path);
-    if (!in)
-        throw Failure("cannot read the depth map " + path + ": " + OIIO::geterror());
+    auto in = OIIO::ImageInput::create(path);
+    if (!in || !in->open(path, layout))
+        throw Failure("cannot read the depth map " + path + ": " + (in ? in->geterror() : OIIO::geterror()));
     return in;
 }
 
-int depthChannel(const OIIO::ImageSpec& spec, const DepthSource& source)
+int depthChannel(const OIIO::ImageSpec& layout, const DepthSource& source)
 {
     if (source.channel.empty()) {
-        if (spec.nchannels != 1)
-            throw Failure("the depth map " + source.path + " has " + std::to_string(spec.nchannels) +
+        if (layout.nchannels != 1)
+            throw Failure("the depth map " + source.path + " has " + std::to_string(layout.nchannels) +
                           " channels: name the depth channel with --depth-channel");
         return 0;
     }
-    for (int c = 0; c < spec.nchannels; ++c)
-        if (spec.channel_name(c) == source.channel)
+    for (int c = 0; c < layout.nchannels; ++c)
+        if (layout.channel_name(c) == source.channel)
             return c;
     const std::string suffix = "." + source.channel;
-    for (int c = 0; c < spec.nchannels; ++c) {
-        const std::string name(spec.channel_name(c));
+    for (int c = 0; c < layout.nchannels; ++c) {
+        const std::string name(layout.channel_name(c));
         if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
             return c;
     }
@@ -42,18 +43,18 @@ int depthChannel(const OIIO::ImageSpec& spec, const DepthSource& source)
 
 DepthHeader readDepthHeader(const DepthSource& source)
 {
-    auto in = openDepth(source.path);
-    const OIIO::ImageSpec& spec = in->spec();
-    return DepthHeader{spec.width, spec.height, depthChannel(spec, source)};
+    OIIO::ImageSpec layout;
+    auto in = openDepth(source.path, layout);
+    return DepthHeader{layout.width, layout.height, depthChannel(layout, source)};
 }
 
 std::vector<float> readDepth(const DepthSource& source, int width, int height)
 {
-    auto in = openDepth(source.path);
-    const OIIO::ImageSpec& spec = in->spec();
-    const int channel = depthChannel(spec, source);
-    if (spec.width != width || spec.height != height)
-        throw Failure("the depth map " + source.path + " is " + sizeText(spec.width, spec.height) +
+    OIIO::ImageSpec layout;
+    auto in = openDepth(source.path, layout);
+    const int channel = depthChannel(layout, source);
+    if (layout.width != width || layout.height != height)
+        throw Failure("the depth map " + source.path + " is " + sizeText(layout.width, layout.height) +
                       " but the frame is " + sizeText(width, height) + ": they must be the same size");
     std::vector<float> depth(static_cast<size_t>(width) * height);
     if (!in->read_image(0, 0, channel, channel + 1, OIIO::TypeDesc::FLOAT, depth.data()))
@@ -67,10 +68,10 @@ void writeDepth(const std::string& path, int width, int height, const std::vecto
     const fs::path target(path);
     const fs::path temporary = target.parent_path() / ("." + target.stem().string() + ".partial" +
                                                        target.extension().string());
-    OIIO::ImageSpec spec(width, height, 1, OIIO::TypeDesc::FLOAT);
-    spec.channelnames = {"Z"};
+    OIIO::ImageSpec layout(width, height, 1, OIIO::TypeDesc::FLOAT);
+    layout.channelnames = {"Z"};
     auto out = OIIO::ImageOutput::create(path);
-    bool written = out && out->open(temporary.string(), spec) &&
+    bool written = out && out->open(temporary.string(), layout) &&
                    out->write_image(OIIO::TypeDesc::FLOAT, depth.data()) && out->close();
     std::error_code error;
     if (written)
