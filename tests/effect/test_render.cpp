@@ -1,5 +1,5 @@
-// Render: pixel radii and margins, kernel rebuilds (counted by the engine's
-// PrepareKernel calls), the image aperture's cut-out and the shape of the dots.
+// Render: kernel rebuilds (counted by the engine's PrepareKernel calls), the
+// image aperture's cut-out, the shape of the dots, refusals and alpha.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -60,10 +60,16 @@ TEST_F(Render, KernelIsRebuiltWhenAShapingValueMovesByTheToleranceFromTheLastFra
         {"width", [&] { frames(80, 48); }, 3},
         {"height", [&] { frames(80, 40); }, 4},
         {"shape", [&] { fx.shape.value = SHAPE_ELLIPSE; }, 5},
-        {"pixel aspect x", [&] { out->pixelAspect[0] = 1.25; }, 6},
-        {"pixel aspect y", [&] { out->pixelAspect[1] = 1.25; }, 7},
-        {"a step of exactly 0.01", [&] { fx.rotation.value = 0.01; }, 8},
-        {"a step of 0.009", [&] { fx.rotation.value = 0.019; }, 8}};
+        {"RadiusY, read by an ellipse", [&] { fx.radiusY.value = 0.1; }, 6},
+        {"polygon", [&] { fx.shape.value = SHAPE_POLYGON; }, 7},
+        {"RadiusY, unread with Match Radii", [&] { fx.radiusY.value = 0.2; }, 7},
+        {"match radii off", [&] { fx.matchRadii.value = 0; }, 8},
+        {"RadiusY as RadiusX", [&] { fx.radiusY.value = 0.05; }, 9},
+        {"match radii on, radii as they were", [&] { fx.matchRadii.value = 1; }, 9},
+        {"pixel aspect x", [&] { out->pixelAspect[0] = 1.25; }, 10},
+        {"pixel aspect y", [&] { out->pixelAspect[1] = 1.25; }, 11},
+        {"a step of exactly 0.01", [&] { fx.rotation.value = 0.01; }, 12},
+        {"a step of 0.009", [&] { fx.rotation.value = 0.019; }, 12}};
     for (const auto& [why, change, count] : steps) {
         change();
         expectBuilds(count, why);
@@ -72,44 +78,14 @@ TEST_F(Render, KernelIsRebuiltWhenAShapingValueMovesByTheToleranceFromTheLastFra
     for (int i = 1; i <= 20; ++i) {
         fx.rotation.value = 0.019 + 0.009 * i;
         fx.radiusX.value = (2.0 + 0.009 * i) / 40.0;
-        expectBuilds(8, "drift");
+        expectBuilds(12, "drift");
     }
     EXPECT_NEAR(fx.lastRotation, 0.199, 1e-6);
     // A NaN counts as a change, and so does the step back from it.
     fx.rotation.value = std::nan("");
     render();
     fx.rotation.value = 0.199;
-    expectBuilds(9, "after a NaN, which the engine refuses");
-}
-
-TEST_F(Render, RadiiAreFractionsOfTheWidthAndMatchRadiiActsOnPolygonsOnly)
-{
-    frames(720, 8);
-    fx.radiusX.value = fx.radiusY.value = 0.1;  // 0.1 x 0.5 x 720 = 36 px, margin ceil(36) + 1
-    render();
-    EXPECT_EQ(fx.lastRadius1, 36.0f);
-    EXPECT_EQ(fx.lastRadius2, 36.0f);
-    EXPECT_EQ(fx.engine->padMargin, 37);
-    // Steps as above, with the second pixel radius after each.
-    const std::tuple<const char*, std::function<void()>, uint32_t, float> steps[] = {
-        {"polygon", [&] { fx.shape.value = SHAPE_POLYGON; }, 2, 36.0f},
-        {"match radii off, RadiusY as big", [&] { fx.matchRadii.value = 0; }, 2, 36.0f},
-        {"RadiusY 0.2", [&] { fx.radiusY.value = 0.2; }, 3, 72.0f},
-        {"match radii on", [&] { fx.matchRadii.value = 1; }, 4, 36.0f},
-        {"circle", [&] { fx.shape.value = SHAPE_CIRCLE; }, 5, 36.0f},
-        {"a circle never reads RadiusY", [&] { fx.radiusY.value = 0.3; }, 5, 36.0f},
-        {"an ellipse always does", [&] { fx.shape.value = SHAPE_ELLIPSE; }, 6, 108.0f}};
-    for (const auto& [why, change, count, radius2] : steps) {
-        change();
-        expectBuilds(count, why);
-        EXPECT_EQ(fx.lastRadius2, radius2) << why;
-    }
-    // Radius 0 is half a pixel, margin ceil(0.5) + 1.
-    fx.radiusX.value = fx.radiusY.value = 0.0;
-    render();
-    EXPECT_EQ(fx.lastRadius1, 0.5f);
-    EXPECT_EQ(fx.lastRadius2, 0.5f);
-    EXPECT_EQ(fx.engine->padMargin, 2);
+    expectBuilds(13, "after a NaN, which the engine refuses");
 }
 
 TEST_F(Render, ImageApertureIsCutAroundTheRoundedCentreOnEveryFrame)
@@ -163,13 +139,7 @@ TEST_F(Render, DotsTakeTheShapeOfTheAperture)
             EXPECT_GT(at(*out, d[0] + int(std::lround(11.0 * c)), d[1] + int(std::lround(11.0 * s))), 40) << angle;
             EXPECT_LE(at(*out, d[0] + int(std::lround(14.5 * c)), d[1] + int(std::lround(14.5 * s))), 1) << angle;
         }
-    // Emphasis 50 makes the dots outshine the frame.
-    const uint16_t plain = at(*out, 32 + 6, 32);
-    fx.brightEmphasis.value = 50.0;
-    render();
-    EXPECT_GT(at(*out, 32 + 6, 32), plain * 2);
     // Ellipse of 12.8 by 6.4 px.
-    fx.brightEmphasis.value = 1.0;
     fx.shape.value = SHAPE_ELLIPSE;
     fx.radiusY.value = 0.1;
     render();
