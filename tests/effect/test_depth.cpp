@@ -150,22 +150,6 @@ TEST_F(DepthRender, ConstantDepthGivesThePlainEffectAtThatRadiusInEachEngine)
     }
 }
 
-TEST_F(DepthRender, FocusEverywhereGivesTheInputBack)
-{
-    in = frame([](int x, int y, int c) { return (x * 331 + y * 57 + c * 999) % 32768; });
-    blurAt(4.0, 10.0);
-    depthFx.brightEmphasis.value = 50.0;
-    for (int kind : {DEPTH_DISTANCE, DEPTH_NORMALISED}) {
-        depthFx.depthSettings.depthKind = kind;
-        depthFx.depthSettings.focus = kind == DEPTH_DISTANCE ? 3.0 : 0.4;
-        std::fill(depth.begin(), depth.end(), static_cast<float>(depthFx.depthSettings.focus));
-        render(depthFx, out.get());
-        for (int y = 0; y < H; ++y)
-            for (int i = 0; i < W * 4; ++i)
-                ASSERT_NEAR(out->rows[y][i], in->rows[y][i], 1) << kind << " at " << i / 4 << ", " << y;
-    }
-}
-
 // A rectangle in focus in front of a defocused flat field with bright points.
 TEST_F(DepthRender, SharpForegroundTakesNoBleedAndTheBackgroundBesideItNoFringe)
 {
