@@ -1,5 +1,5 @@
 // FftEngine::ConvolveFloat against a direct convolution worked out here, with
-// its edges, energy and refusals; the highlight curve of scene-linear renders
+// its edges, values beyond 0 to 1 and refusals; the highlight curve of scene-linear renders
 // against its formula.
 #include <gtest/gtest.h>
 
@@ -61,8 +61,9 @@ TEST_P(FloatConvolution, InterleavedChannelsAgreeWithDirectConvolutionOnEveryRow
         engine.SetRowRunner(&context, PluginVZ::RunRows);
         ASSERT_TRUE(engine.PrepareKernel(psf.rec, 4));
         std::vector<float> rgba(size_t(w) * h * 4), result(rgba.size(), -1.0f);
-        for (float& v : rgba)
-            v = unit(rng);
+        // Channel 2 runs far above 1 and below 0: nothing is clamped.
+        for (size_t i = 0; i < rgba.size(); ++i)
+            rgba[i] = i % 4 == 2 ? 53.0f * unit(rng) - 3.0f : unit(rng);
         for (int c = 0; c < 4; ++c) {
             // Channel 3 is convolved in place, the others into a second frame.
             float* into = c == 3 ? rgba.data() + c : result.data() + c;
@@ -73,42 +74,9 @@ TEST_P(FloatConvolution, InterleavedChannelsAgreeWithDirectConvolutionOnEveryRow
             ASSERT_TRUE(engine.ConvolveFloat({rgba.data() + c, 4, w * 4}, {into, 4, w * 4}, w, h, edge));
             const std::vector<double> want = directFloat(plane, w, h, psf.rec, edge == FFT_EDGE_REPEAT);
             for (size_t i = 0; i < plane.size(); ++i)
-                ASSERT_NEAR(into[i * 4], want[i], bound()) << w << "x" << h << " channel " << c << " at " << i;
+                ASSERT_NEAR(into[i * 4], want[i], (c == 2 ? 50.0 : 1.0) * bound()) << w << "x" << h << " channel " << c << " at " << i;
         }
     }
-}
-
-TEST_P(FloatConvolution, SpotsFarAboveOneAndBelowZeroKeepTheirEnergyAndBecomeTheApertureScaled)
-{
-    const int w = 64, h = 48, reach = 3;  // 29 pixels: the spot of 50 stays above 1
-    Image psf(dotPsf(w, h));
-    for (int dy = -reach; dy <= reach; ++dy)
-        for (int dx = -reach; dx <= reach; ++dx)
-            if (dx * dx + dy * dy <= reach * reach)
-                static_cast<uint8_t*>(psf.rec->pixels)[(h / 2 + dy) * w + w / 2 + dx] = 200;
-    const double area = measure(psf.rec).count;
-    FftEngine engine(GetParam());
-    engine.SetRowRunner(&context, PluginVZ::RunRows);
-    ASSERT_TRUE(engine.PrepareKernel(psf.rec, reach + 1));
-    std::vector<float> plane(size_t(w) * h, 0.0f);
-    plane[20 * w + 20] = 50.0f;
-    plane[30 * w + 45] = -3.0f;
-    ASSERT_TRUE(engine.ConvolveFloat({plane.data(), 1, w}, {plane.data(), 1, w}, w, h));
-    double near50 = 0.0, nearMinus3 = 0.0;
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) {
-            const double v = plane[size_t(y) * w + x];
-            const bool in50 = (x - 20) * (x - 20) + (y - 20) * (y - 20) <= reach * reach;
-            const bool inMinus3 = (x - 45) * (x - 45) + (y - 30) * (y - 30) <= reach * reach;
-            (x < 33 ? near50 : nearMinus3) += v;
-            // Each spot is the disc, of its value spread over the disc's area.
-            const double want = in50 ? 50.0 / area : inMinus3 ? -3.0 / area : 0.0;
-            ASSERT_NEAR(v, want, 50.0 * bound()) << x << "," << y;
-        }
-    // The sums are kept to float precision: the samples come back as floats.
-    const double relative = GetParam() == FFT_MODE_FAST_FLOAT ? 1e-5 : 1e-7;
-    EXPECT_NEAR(near50, 50.0, 50.0 * relative);
-    EXPECT_NEAR(nearMinus3, -3.0, 3.0 * relative);
 }
 
 TEST_P(FloatConvolution, RefusesWithoutAKernelOfTheFramesSizeOrWithoutSamplesAndLeavesTheDestination)
@@ -138,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, FloatConvolution, ::testing::Values(FFT_MODE_FFT
 // f(x) = x + (e - 1)(x - t)^2 / (2t) above t, the identity below.
 double curve(double x, double e, double t) { return x <= t ? x : x + (e - 1.0) * (x - t) * (x - t) / (2.0 * t); }
 
-TEST(HighlightCurve, IdentityUpToTheThresholdThenSmoothWithSlopeEAtTwiceItAndExactlyInverted)
+TEST(HighlightCurve, IdentityUpToTheThresholdThenTheParabolaAndExactlyInverted)
 {
     for (double t : {0.25, 1.0, 4.0})
         for (double e : {1.5, 20.0, 100.0}) {
@@ -148,9 +116,6 @@ TEST(HighlightCurve, IdentityUpToTheThresholdThenSmoothWithSlopeEAtTwiceItAndExa
                 EXPECT_NEAR(highlight_curve(x, e, t), curve(x, e, t), 1e-12 * curve(x, e, t));
                 EXPECT_NEAR(highlight_inverse(curve(x, e, t), e, t), x, 1e-12 * x);
             }
-            const double h = 1e-6 * t;
-            EXPECT_NEAR((highlight_curve(t + h, e, t) - t) / h, 1.0, 1e-3 * e);  // smooth at t
-            EXPECT_NEAR((highlight_curve(2 * t + h, e, t) - highlight_curve(2 * t - h, e, t)) / (2 * h), e, 1e-4 * e);
         }
     EXPECT_EQ(highlight_curve(40.0, 1.0, 1.0), 40.0);
     EXPECT_EQ(highlight_inverse(40.0, 1.0, 1.0), 40.0);
