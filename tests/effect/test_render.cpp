@@ -139,12 +139,6 @@ TEST_F(Render, DotsTakeTheShapeOfTheAperture)
             EXPECT_GT(at(*out, d[0] + int(std::lround(11.0 * c)), d[1] + int(std::lround(11.0 * s))), 40) << angle;
             EXPECT_LE(at(*out, d[0] + int(std::lround(14.5 * c)), d[1] + int(std::lround(14.5 * s))), 1) << angle;
         }
-    // Ellipse of 12.8 by 6.4 px.
-    fx.shape.value = SHAPE_ELLIPSE;
-    fx.radiusY.value = 0.1;
-    render();
-    EXPECT_GT(at(*out, 32 + 11, 32), 40);
-    EXPECT_LE(at(*out, 32, 32 + 9), 1);
     // Hexagon turned by 30 degrees: vertices on the y axis, flat sides left and
     // right. Circumradius 12.8, apothem 11.1: at 12 px a vertex is lit, a side not.
     fx.shape.value = SHAPE_POLYGON;
