@@ -1,8 +1,13 @@
 // Bad input: one clear message, exit 2 for usage and 1 for failures, and
 // nothing written: no output, no temporary file, an existing output kept.
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "tool_fixture.h"
 
@@ -125,6 +130,110 @@ TEST_F(Errors, FrameTooLargeForTheTransformSaysWhatFitsAndWhichEngineTakesIt)
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_NE(r.err.find("needs a transform of 17640, above the largest, 16384"), std::string::npos) << r.err;
     EXPECT_EQ(r.err.find("--engine"), std::string::npos) << r.err;
+}
+
+}  // namespace
+
+namespace {
+
+// Noise, so that a cut anywhere in a file falls inside its pixels.
+Picture noise(int w, int h)
+{
+    Picture p(w, h, 3);
+    unsigned state = 12345;
+    for (float& v : p.data) {
+        state = state * 1103515245u + 12345u;
+        v = float((state >> 16) % 256) / 255.0f;
+    }
+    return p;
+}
+
+// The first `percent` of `from` as `to`.
+void cut(const std::string& from, const std::string& to, size_t percent)
+{
+    std::ifstream in(from, std::ios::binary);
+    const std::string all((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::ofstream(to, std::ios::binary) << all.substr(0, all.size() * percent / 100);
+}
+
+TEST_F(Errors, DamagedFilesAndMoviesAreRefusedInOneLineBeforeAnythingIsWritten)
+{
+    for (const char* name : {"good.png", "good.jpg", "good.tif", "good.dpx"})
+        write(name, noise(64, 48), OIIO::TypeDesc::UINT8);
+    for (const char* kind : {"png", "jpg", "dpx"})
+        for (size_t percent : {50, 90})
+            cut(path(std::string("good.") + kind), path("cut" + std::to_string(percent) + "." + kind), percent);
+    cut(path("good.png"), path("head.png"), 1);  // inside the header chunk
+    cut(path("good.tif"), path("cut10.tif"), 10);
+    // Movie containers, by their first bytes or by their names.
+    std::ofstream(path("clip.mp4"), std::ios::binary) << std::string("\0\0\0\x18" "ftypisom\0\0\2\0isomiso2", 24);
+    std::ofstream(path("clip.mkv"), std::ios::binary) << "\x1A\x45\xDF\xA3" << std::string(40, '\x42');
+    std::ofstream(path("clip.avi"), std::ios::binary) << "RIFF\x10\0\0\0AVI LIST";
+    std::filesystem::copy_file(path("clip.mp4"), path("movie-named.png"));
+    std::filesystem::copy_file(path("good.png"), path("picture-named.mov"));
+    if (std::system(("ffmpeg -loglevel error -f lavfi -i testsrc=size=64x48:rate=5:duration=0.6 -y " + path("real.mp4") +
+                     " " + path("real.mkv"))
+                        .c_str()) != 0)
+        std::filesystem::copy_file(path("clip.mp4"), path("real.mp4"),
+                                   std::filesystem::copy_options::overwrite_existing);
+    before = files();
+    for (const char* name : {"cut50.png", "cut90.png", "head.png"})
+        expectRefused({"render", name, "-o", "keep.png"}, 1, std::string("cannot read ") + name + ": the file ends");
+    // JPEG fills what is missing with grey unless its complaint is heard.
+    for (const char* name : {"cut50.jpg", "cut90.jpg"})
+        expectRefused({"render", name, "-o", "keep.png"}, 1, std::string("cannot read ") + name + ": ");
+    for (const char* name : {"cut50.dpx", "cut90.dpx"})
+        expectRefused({"render", name, "-o", "keep.png"}, 1, "(it is truncated)");
+    expectRefused({"render", "cut10.tif", "-o", "keep.png"}, 1, "cannot read cut10.tif: Read error");
+    EXPECT_EQ(run({"render", "cut10.tif", "-o", "keep.png"}).err.find("4294967295"), std::string::npos);
+    for (const char* name : {"clip.mp4", "clip.mkv", "clip.avi", "movie-named.png", "picture-named.mov", "real.mp4"})
+        expectRefused({"render", name, "-o", "keep.png"}, 1, "it is a movie file");
+    if (std::filesystem::exists(path("real.mkv")))
+        expectRefused({"render", "in.png", "-o", "keep.png", "--spread", "real.mkv"}, 1, "it is a movie file");
+}
+
+TEST_F(Errors, SpecialFilesAreNeitherWaitedOnNorReplaced)
+{
+    ASSERT_EQ(mkfifo(path("fifo.png").c_str(), 0644), 0);
+    ASSERT_EQ(mkfifo(path("fifo.json").c_str(), 0644), 0);
+    std::filesystem::create_directory(path("dir.png"));
+    write("depth.png", Picture(32, 24, 1), OIIO::TypeDesc::UINT8);
+    std::filesystem::create_symlink("keep.png", path("link.png"));
+    std::ofstream(path("target.json")) << "an older preset";
+    std::filesystem::create_symlink("target.json", path("link.json"));
+    before = files();
+    // Each within seconds: a FIFO with no writer is never opened.
+    auto refused = [&](const std::vector<std::string>& args, const std::string& message) {
+        const ToolRun r = runWithin(args, 20);
+        EXPECT_EQ(r.exitCode, 1) << args[1] << " " << args.back() << "\n" << r.err;
+        EXPECT_NE(r.err.find(message), std::string::npos) << r.err;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_EQ(files(), before);
+        EXPECT_EQ(bytes("keep.png"), "an older result");
+        EXPECT_TRUE(std::filesystem::is_symlink(path("link.png")));
+        EXPECT_TRUE(std::filesystem::is_symlink(path("link.json")));
+        EXPECT_EQ(bytes("target.json"), "an older preset");
+    };
+    refused({"render", "/dev/zero", "-o", "keep.png"}, "cannot read /dev/zero: it is a device");
+    refused({"render", "/dev/urandom", "-o", "keep.png"}, "cannot read /dev/urandom: it is a device");
+    refused({"render", "fifo.png", "-o", "keep.png"}, "cannot read fifo.png: it is a FIFO");
+    refused({"render", "dir.png", "-o", "keep.png"}, "cannot read dir.png: it is a directory");
+    refused({"render", "in.png", "-o", "keep.png", "--spread", "fifo.png"}, "it is a FIFO");
+    refused({"render", "in.png", "-o", "keep.png", "--preset", "fifo.json"}, "cannot read fifo.json: it is a FIFO");
+    refused({"render", "in.png", "-o", "keep.png", "--preset", "/dev/zero"}, "it is a device");
+    refused({"render", "in.png", "-o", "keep.png", "--depth", "fifo.png"}, "it is a FIFO");
+    refused({"render", "in.png", "-o", "link.png"}, "cannot write link.png: it is a symbolic link");
+    refused({"render", "in.png", "-o", "fifo.png"}, "cannot write fifo.png: it is a FIFO");
+    refused({"render", "in.png", "-o", "dir.png"}, "cannot write dir.png: it is a directory");
+    refused({"render", "in.png", "-o", "keep.png", "--psf", "fifo.png"}, "cannot write fifo.png: it is a FIFO");
+    refused({"render", "in.png", "-o", "keep.png", "--overlay", "link.png"}, "cannot write link.png");
+    refused({"render", "in.png", "-o", "keep.png", "--save-preset", "link.json"}, "cannot write link.json");
+    refused({"render", "--save-preset", "link.json"}, "cannot write link.json: it is a symbolic link");
+    refused({"render", "in.png", "-o", "keep.png", "--depth", "depth.png", "--coc", "fifo.png"},
+            "cannot write fifo.png: it is a FIFO");
+    // Every output's format is known before anything is written.
+    refused({"render", "in.png", "-o", "keep.png", "--psf", "p.xyz"}, "cannot write p.xyz: no image file format");
+    refused({"render", "in.png", "-o", "keep.png", "--overlay", "o.null"}, "cannot write o.null");
 }
 
 }  // namespace

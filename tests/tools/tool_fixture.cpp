@@ -1,10 +1,12 @@
 #include "tool_fixture.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -52,6 +54,11 @@ int ToolTest::start(const std::vector<std::string>& args) const
         const int err = open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         dup2(out, 1);
         dup2(err, 2);
+        if (fileSizeLimit > 0) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const struct rlimit limit = {rlim_t(fileSizeLimit), rlim_t(fileSizeLimit)};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        }
         if (chdir(directory.c_str()) != 0)
             _exit(127);
         std::vector<char*> argv;
@@ -72,10 +79,26 @@ int ToolTest::finish(int pid)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-ToolRun ToolTest::run(const std::vector<std::string>& args) const
+int ToolTest::finishWithin(int pid, int seconds)
+{
+    for (int tenths = 0; tenths < seconds * 10; ++tenths) {
+        int status = 0;
+        if (waitpid(pid, &status, WNOHANG) == pid)
+            return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        usleep(100000);
+    }
+    kill(pid, SIGKILL);
+    finish(pid);
+    return -1;
+}
+
+ToolRun ToolTest::run(const std::vector<std::string>& args) const { return runWithin(args, 0); }
+
+ToolRun ToolTest::runWithin(const std::vector<std::string>& args, int seconds) const
 {
     ToolRun result;
-    result.exitCode = finish(start(args));
+    const int pid = start(args);
+    result.exitCode = seconds > 0 ? finishWithin(pid, seconds) : finish(pid);
     result.out = slurp(directory + "/.stdout");
     result.err = slurp(directory + "/.stderr");
     std::remove((directory + "/.stdout").c_str());

@@ -39,10 +39,14 @@ protected:
     std::string path(const std::string& name) const;
     // Runs the tool with `args`, waiting for it.
     ToolRun run(const std::vector<std::string>& args) const;
+    // As run, for at most `seconds`: exit code -1 (the tool killed) when longer.
+    ToolRun runWithin(const std::vector<std::string>& args, int seconds) const;
     // Starts the tool without waiting; gives its process id.
     int start(const std::vector<std::string>& args) const;
     // Waits for a started tool; gives its exit code (128 + signal if killed).
     static int finish(int pid);
+    // As finish, for at most `seconds`; -1 (the tool killed) when it took longer.
+    static int finishWithin(int pid, int seconds);
 
     // Writes `picture` to `name` in the directory, as `type`; in square tiles
     // of `tile` pixels when that is not 0.
@@ -59,6 +63,9 @@ protected:
     static Picture dot(int width, int height, int x, int y);
 
     std::string directory;
+    // When not 0, the tool's files cannot grow beyond this many bytes: its
+    // writes past it fail as on a full disk (RLIMIT_FSIZE, SIGXFSZ ignored).
+    long fileSizeLimit = 0;
 };
 
 // Lit extent of channel 0 of `p` through (cx, cy): pixels above `threshold`

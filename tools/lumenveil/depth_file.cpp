@@ -2,9 +2,9 @@
 
 #include <OpenImageIO/imageio.h>
 
-#include <filesystem>
-
+#include "tools/lumenveil/checked_image_output.h"
 #include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/image_input.h"
 
 namespace {
 
@@ -13,10 +13,7 @@ std::string sizeText(int w, int h) { return std::to_string(w) + " x " + std::to_
 // The depth map open for reading, its layout in `layout`.
 std::unique_ptr<OIIO::ImageInput> openDepth(const std::string& path, OIIO::ImageSpec& layout)
 {
-    auto in = OIIO::ImageInput::create(path);
-    if (!in || !in->open(path, layout))
-        throw Failure("cannot read the depth map " + path + ": " + (in ? in->geterror() : OIIO::geterror()));
-    return in;
+    return openImageInput(path, "the depth map " + path, layout);
 }
 
 int depthChannel(const OIIO::ImageSpec& layout, const DepthSource& source)
@@ -57,27 +54,17 @@ std::vector<float> readDepth(const DepthSource& source, int width, int height)
         throw Failure("the depth map " + source.path + " is " + sizeText(layout.width, layout.height) +
                       " but the frame is " + sizeText(width, height) + ": they must be the same size");
     std::vector<float> depth(static_cast<size_t>(width) * height);
-    if (!in->read_image(0, 0, channel, channel + 1, OIIO::TypeDesc::FLOAT, depth.data()))
-        throw Failure("cannot read the depth map " + source.path + ": " + in->geterror());
+    if (!in->read_image(0, 0, channel, channel + 1, OIIO::TypeDesc::FLOAT, depth.data()) || in->has_error())
+        throw Failure("cannot read the depth map " + source.path + ": " + readerReason(in->geterror()));
     return depth;
 }
 
 void writeDepth(const std::string& path, int width, int height, const std::vector<float>& depth)
 {
-    namespace fs = std::filesystem;
-    const fs::path target(path);
-    const fs::path temporary = target.parent_path() / ("." + target.stem().string() + ".partial" +
-                                                       target.extension().string());
     OIIO::ImageSpec layout(width, height, 1, OIIO::TypeDesc::FLOAT);
     layout.channelnames = {"Z"};
-    auto out = OIIO::ImageOutput::create(path);
-    bool written = out && out->open(temporary.string(), layout) &&
-                   out->write_image(OIIO::TypeDesc::FLOAT, depth.data()) && out->close();
-    std::error_code error;
-    if (written)
-        fs::rename(temporary, target, error);
-    if (!written || error) {
-        fs::remove(temporary, error);
-        throw Failure("cannot write " + path);
-    }
+    CheckedImageOutput out(path, layout);
+    if (!out.Writer().write_image(OIIO::TypeDesc::FLOAT, depth.data()))
+        out.Fail();
+    out.Close().Commit();
 }

@@ -204,14 +204,17 @@ void FramePipeline::write(long f, const LoadedFrame& frame, const Rendered& rend
                           withOverlay->WriteRows(count, overlayRows.data());
                       }
                   });
-    output.Finish();
+    // Every file of the frame written whole before any is renamed into place.
+    StagedFiles staged;
+    staged.Add(output.Close());
     if (withOverlay)
-        withOverlay->Finish();
+        staged.Add(withOverlay->Close());
     if (const RunOutput* psf = outputs.Find(OutputKind::PointSpread))
-        writeImage(psf->Path(f), rendered.spreadPicture, SampleDepth::U8, 1);
+        staged.Add(stageImage(psf->Path(f), rendered.spreadPicture, SampleDepth::U8, 1));
     if (const RunOutput* coc = outputs.Find(OutputKind::CircleOfConfusion))
-        writeImage(coc->Path(f), rendered.cocPicture, imageFileIsFloat(coc->Path(f)) ? SampleDepth::Float
-                                                                                    : SampleDepth::U16, 1);
+        staged.Add(stageImage(coc->Path(f), rendered.cocPicture,
+                              imageFileIsFloat(coc->Path(f)) ? SampleDepth::Float : SampleDepth::U16, 1));
+    staged.CommitAll();
 }
 
 void FramePipeline::Run()

@@ -1,27 +1,20 @@
 #include "tools/lumenveil/image_file.h"
 
 #include <OpenImageIO/imageio.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <limits>
 #include <sstream>
-#include <system_error>
-#include <type_traits>
 
-#include "tools/lumenveil/cli_error.h"
 #include "embed/pixel_samples.h"
+#include "tools/lumenveil/checked_file.h"
+#include "tools/lumenveil/checked_image_output.h"
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/image_input.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 SampleDepth depthOf(const OIIO::TypeDesc& type)
 {
@@ -50,47 +43,6 @@ OIIO::TypeDesc typeOf(SampleDepth depth)
         return OIIO::TypeDesc::HALF;
     default:
         return OIIO::TypeDesc::FLOAT;
-    }
-}
-
-// A temporary file beside `target`, claimed by creating it: ".NAME.partial.EXT",
-// the same on every run, since some formats (DPX) record the name they were
-// written under; while another writer holds that one, a name with this
-// process's id and a serial number.
-fs::path temporaryBeside(const fs::path& target)
-{
-    static std::atomic<unsigned> serial{0};
-    std::string stem = ".";
-    stem += target.stem().string();
-    stem += ".partial";
-    std::string unique;
-    for (;;) {
-        std::string name = stem;
-        name += unique;
-        name += target.extension().string();
-        const fs::path path = target.parent_path() / name;
-        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
-        if (fd >= 0) {
-            close(fd);
-            return path;
-        }
-        if (errno != EEXIST)
-            throw Failure("cannot write " + target.string() + ": " + std::strerror(errno));
-        unique = '-';
-        unique += std::to_string(getpid());
-        unique += '-';
-        unique += std::to_string(serial++);
-    }
-}
-
-// Moves the finished temporary file onto the target.
-void commit(const fs::path& temporary, const fs::path& target)
-{
-    std::error_code error;
-    fs::rename(temporary, target, error);
-    if (error) {
-        fs::remove(temporary, error);
-        throw Failure("cannot write " + target.string() + ": " + error.message());
     }
 }
 
@@ -151,18 +103,11 @@ int colourChannelsOf(const OIIO::ImageSpec& layout)
 
 ImageReader::ImageReader(const std::string& path, bool layers) : file(std::make_unique<File>())
 {
-    std::error_code error;
-    if (!fs::exists(path, error))
-        throw Failure("cannot read " + path + ": no such file");
     file->path = path;
     // Colour as the file stores it, never multiplied by alpha on the way in.
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
-    file->in = OIIO::ImageInput::create(path, false, &config);
-    if (!file->in || !file->in->open(path, file->layout, config)) {
-        const std::string reason = file->in ? file->in->geterror() : OIIO::geterror();
-        throw Failure("cannot read " + path + ": " + (reason.empty() ? "not an image file" : reason));
-    }
+    file->in = openImageInput(path, path, file->layout, &config);
     const OIIO::ImageSpec& layout = file->layout;
     const int colour = layers ? colourChannelsOf(layout) : 0;
     if (colour > 0)
@@ -175,7 +120,13 @@ ImageReader::ImageReader(const std::string& path, bool layers) : file(std::make_
                              file->in->format_name()};
 }
 
-ImageReader::~ImageReader() = default;
+ImageReader::~ImageReader()
+{
+    // What the reader still has to say after a failure is taken here, not
+    // left for it to print.
+    file->in->close();
+    file->in->geterror();
+}
 
 void ImageReader::ReadRows(int y, int count, float* rgba)
 {
@@ -184,12 +135,16 @@ void ImageReader::ReadRows(int y, int count, float* rgba)
     const size_t width = static_cast<size_t>(layout.width);
     const OIIO::TypeDesc type = sampleTypeOf(layout.format);
     const size_t rowBytes = width * n * type.size();
-    auto fail = [&]() { throw Failure("cannot read " + file->path + ": " + file->in->geterror()); };
+    // A reader may fill what a damaged file lacks (JPEG: grey) and only say so
+    // in its error: that is a failure too.
+    auto fail = [&]() {
+        throw Failure("cannot read " + file->path + ": " + readerReason(file->in->geterror()));
+    };
     // Tiled files are read whole on the first call; the others a chunk at a time.
     const bool tiled = layout.tile_width > 0;
     if (tiled && file->samples.empty()) {
         file->samples.resize(rowBytes * layout.height);
-        if (!file->in->read_image(0, 0, 0, n, type, file->samples.data()))
+        if (!file->in->read_image(0, 0, 0, n, type, file->samples.data()) || file->in->has_error())
             fail();
     }
     for (int done = 0; done < count;) {
@@ -197,7 +152,8 @@ void ImageReader::ReadRows(int y, int count, float* rgba)
         if (!tiled) {
             file->samples.resize(rowBytes * kChunkRows);
             const int top = layout.y + y + done;
-            if (!file->in->read_scanlines(0, 0, top, top + rows, layout.z, 0, n, type, file->samples.data()))
+            if (!file->in->read_scanlines(0, 0, top, top + rows, layout.z, 0, n, type, file->samples.data()) ||
+                file->in->has_error())
                 fail();
         }
         const uint8_t* samples = file->samples.data() + (tiled ? (y + done) * rowBytes : 0);
@@ -207,21 +163,12 @@ void ImageReader::ReadRows(int y, int count, float* rgba)
 }
 
 struct ImageWriter::File {
-    std::unique_ptr<OIIO::ImageOutput> out;
+    std::unique_ptr<CheckedImageOutput> out;
     int width = 0;
     int channels = 0;               // written: 3 or 4
     OIIO::TypeDesc type;            // of the samples handed to the writer
     std::vector<uint8_t> samples;   // one chunk of rows of them
-    fs::path target;
-    fs::path temporary;
     int nextRow = 0;
-    bool finished = false;
-
-    [[noreturn]] void Fail()
-    {
-        const std::string reason = out->geterror();
-        throw Failure("cannot write " + target.string() + ": " + (reason.empty() ? "the writer failed" : reason));
-    }
 };
 
 ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleDepth depth, int channels,
@@ -229,10 +176,6 @@ ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleD
     : file(std::make_unique<File>())
 {
     const int written = channels == 2 || channels == 4 ? 4 : 3;
-    file->target = path;
-    file->out = OIIO::ImageOutput::create(path);
-    if (!file->out)
-        throw Failure("cannot write " + path + ": no image format for its name");
     OIIO::ImageSpec layout(width, height, written, typeOf(depth));
     // Some writers (PNM) take their depth from this rather than the sample type.
     if (depth == SampleDepth::U16)
@@ -247,23 +190,11 @@ ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleD
     }
     file->width = width;
     file->channels = written;
-    file->type = writesAsHanded(file->out->format_name(), depth) ? typeOf(depth) : OIIO::TypeDesc::FLOAT;
-    file->temporary = temporaryBeside(file->target);
-    if (!file->out->open(file->temporary.string(), layout)) {
-        std::error_code error;
-        fs::remove(file->temporary, error);
-        file->Fail();
-    }
+    file->type = writesAsHanded(imageOutputFormat(path), depth) ? typeOf(depth) : OIIO::TypeDesc::FLOAT;
+    file->out = std::make_unique<CheckedImageOutput>(path, layout);
 }
 
-ImageWriter::~ImageWriter()
-{
-    if (file->finished)
-        return;
-    file->out->close();
-    std::error_code error;
-    fs::remove(file->temporary, error);
-}
+ImageWriter::~ImageWriter() = default;
 
 void ImageWriter::WriteRows(int count, const float* rgba)
 {
@@ -274,31 +205,25 @@ void ImageWriter::WriteRows(int count, const float* rgba)
         const float* s = rgba + done * width * 4;
         bool ok;
         if (file->type == OIIO::TypeDesc::FLOAT) {
-            ok = file->out->write_scanlines(top, top + rows, 0, file->type, s, 4 * sizeof(float));
+            ok = file->out->Writer().write_scanlines(top, top + rows, 0, file->type, s, 4 * sizeof(float));
         } else {
             file->samples.resize(width * kChunkRows * file->channels * file->type.size());
             if (file->type == OIIO::TypeDesc::UINT8)
                 packPixels(s, file->channels, rows * width, file->samples.data());
             else
                 packPixels(s, file->channels, rows * width, reinterpret_cast<uint16_t*>(file->samples.data()));
-            ok = file->out->write_scanlines(top, top + rows, 0, file->type, file->samples.data());
+            ok = file->out->Writer().write_scanlines(top, top + rows, 0, file->type, file->samples.data());
         }
         if (!ok)
-            file->Fail();
+            file->out->Fail();
         file->nextRow += rows;
         done += rows;
     }
 }
 
-void ImageWriter::Finish()
-{
-    if (!file->out->close())
-        file->Fail();
-    file->finished = true;
-    commit(file->temporary, file->target);
-}
+StagedFile ImageWriter::Close() { return file->out->Close(); }
 
-std::string ImageWriter::FormatName() const { return file->out->format_name(); }
+std::string ImageWriter::FormatName() const { return file->out->FormatName(); }
 
 ImageHeader readImageHeader(const std::string& path, bool layers) { return ImageReader(path, layers).Header(); }
 
@@ -316,12 +241,18 @@ ImageFrame readImage(const std::string& path)
     return frame;
 }
 
-void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
-                const std::string& compression)
+StagedFile stageImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
+                      const std::string& compression)
 {
     ImageWriter writer(path, frame.width, frame.height, depth, channels, compression);
     writer.WriteRows(frame.height, frame.rgba.data());
-    writer.Finish();
+    return writer.Close();
+}
+
+void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
+                const std::string& compression)
+{
+    stageImage(path, frame, depth, channels, compression).Commit();
 }
 
 std::string compressionProblem(const std::string& compression)
@@ -343,30 +274,29 @@ std::string compressionProblem(const std::string& compression)
     return "\"" + compression + "\" is not a compression (" + list + ", with a level as in zip:1)";
 }
 
-void writeTextFile(const std::string& path, const std::string& text)
+StagedFile stageTextFile(const std::string& path, const std::string& text)
 {
-    const fs::path target(path);
-    const fs::path temporary = temporaryBeside(target);
-    {
-        std::ofstream file(temporary, std::ios::binary);
-        file << text;
-        file.close();
-        if (!file) {
-            std::error_code error;
-            fs::remove(temporary, error);
-            throw Failure("cannot write " + path);
-        }
+    StagedFile staged(path);
+    CheckedFile file(staged.Temporary(), staged.Descriptor());
+    file.write(text.data(), text.size());
+    if (const std::string problem = file.Finish(); !problem.empty()) {
+        staged.Discard();
+        throw Failure("cannot write " + path + ": " + problem);
     }
-    commit(temporary, target);
+    return staged;
 }
+
+void writeTextFile(const std::string& path, const std::string& text) { stageTextFile(path, text).Commit(); }
 
 std::string readTextFile(const std::string& path)
 {
+    checkRegularFile(path);
     std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw Failure("cannot read " + path);
     std::ostringstream text;
-    text << file.rdbuf();
+    if (file)
+        text << file.rdbuf();
+    if (!file)
+        throw Failure("cannot read " + path + ": " + std::strerror(errno));
     return text.str();
 }
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/lumenveil/staged_file.h"
+
 enum class SampleDepth { U8, U16, Half, Float };
 
 // What a file holds, read from its header alone.
@@ -55,7 +57,8 @@ private:
 };
 
 // A file written row by row, top row first, to a temporary file beside the
-// target that Finish renames into place; without Finish it is removed. It has
+// target that Finish renames into place (or Close hands on for renaming with
+// others); without either it is removed. It has
 // `channels` channels (3 or 4; 1 and 2 are written as 3 and 4) at `depth`,
 // with `compression` as the file format names it (empty: the format's own
 // default). Failure when the file cannot be written, leaving nothing at the
@@ -70,7 +73,9 @@ public:
 
     // The next `count` rows, four floats a pixel.
     void WriteRows(int count, const float* rgba);
-    void Finish();
+    // The whole file written and checked, its temporary not yet renamed.
+    StagedFile Close();
+    void Finish() { Close().Commit(); }
     // OpenImageIO's name of the format written: "openexr", "png", ...
     std::string FormatName() const;
 
@@ -82,7 +87,9 @@ private:
 // The whole file at once, as ImageReader reads it.
 ImageHeader readImageHeader(const std::string& path, bool layers = false);
 ImageFrame readImage(const std::string& path);
-// The whole frame at once, as ImageWriter writes it.
+// The whole frame at once, as ImageWriter writes it: staged, or renamed into place.
+StagedFile stageImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
+                      const std::string& compression = "");
 void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
                 const std::string& compression = "");
 
@@ -90,9 +97,11 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
 // with a level after a colon (zip:1), else why not.
 std::string compressionProblem(const std::string& compression);
 
-// Writes `text` to `path` through a temporary file and a rename; Failure otherwise.
+// Writes `text` to `path` through a temporary file, every byte checked and on
+// disk, and a rename; Failure otherwise. stageTextFile leaves the rename.
+StagedFile stageTextFile(const std::string& path, const std::string& text);
 void writeTextFile(const std::string& path, const std::string& text);
-// The whole file; Failure when it cannot be read.
+// The whole file; Failure when it cannot be read or is not a regular file.
 std::string readTextFile(const std::string& path);
 
 // "8", "16", "half", "float".

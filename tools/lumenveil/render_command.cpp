@@ -1,6 +1,8 @@
 #include "tools/lumenveil/render_command.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "embed/effect_host.h"
 #include "hostsdk/content.h"
@@ -10,6 +12,7 @@
 #include "tools/lumenveil/keyframe_option.h"
 #include "tools/lumenveil/overlay_picture.h"
 #include "tools/lumenveil/render_plan.h"
+#include "tools/lumenveil/stale_temporaries.h"
 #include "embed/settings_directory.h"
 
 namespace {
@@ -39,6 +42,18 @@ HostSettings hostSettings(const RenderRequest& r, const RenderPlan& plan)
     return settings;
 }
 
+// Every file the run writes: each output of each frame, and the preset.
+std::vector<std::string> targetsOf(const RenderRequest& r, const RenderPlan& plan, const RunOutputs& outputs)
+{
+    std::vector<std::string> targets;
+    for (const RunOutput& output : outputs.All())
+        for (long f = plan.range.first; f <= plan.range.last; ++f)
+            targets.push_back(output.Path(f));
+    if (!r.savePreset.empty())
+        targets.push_back(r.savePreset);
+    return targets;
+}
+
 }  // namespace
 
 void runRender(const EffectModule& module, const RenderRequest& r, const ParameterOptions& parameters)
@@ -59,14 +74,18 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     if (!r.savePreset.empty())
         checkWritable(r.savePreset);
     if (presetOnly) {
+        removeStaleTemporaries({r.savePreset});
         writeTextFile(r.savePreset, effect.SavePreset());
         return;
     }
     // Everything that can be known before the first frame is checked first,
     // so that a bad run writes nothing.
     const RenderSetup setup = checkRun(effect, r, plan, outputs, light);
+    removeStaleTemporaries(targetsOf(r, plan, outputs));
+    // The preset is renamed into place only once every frame is written.
+    StagedFile preset;
     if (!r.savePreset.empty())
-        writeTextFile(r.savePreset, effect.SavePreset());
+        preset = stageTextFile(r.savePreset, effect.SavePreset());
 
     keepFrameMemory();
     // The project frame is the frame itself, so the effect's scale is 1.
@@ -74,4 +93,6 @@ void runRender(const EffectModule& module, const RenderRequest& r, const Paramet
     DSContentSetProperty(kProjectFrameHeight, setup.header.height);
     EffectHost host(effect.Effect(), hostSettings(r, plan));
     FramePipeline(r, plan, setup, outputs, effect.Effect(), host.Link(), overlay.get()).Run();
+    if (!r.savePreset.empty())
+        preset.Commit();
 }

@@ -1,5 +1,6 @@
 #include "tools/lumenveil/render_plan.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -7,8 +8,10 @@
 
 #include "hostsdk/IDSImageEffect.h"
 #include "tools/lumenveil/channel_selection.h"
+#include "tools/lumenveil/checked_image_output.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/host_format_choice.h"
+#include "tools/lumenveil/image_input.h"
 #include "embed/host_frame.h"
 #include "embed/transform_limit.h"
 
@@ -60,11 +63,24 @@ std::optional<SampleDepth> depthOf(const std::string& depth)
     return std::nullopt;
 }
 
-void checkExists(const std::string& path)
+// What kind of file an existing output path names, when it is not one the
+// tool may replace ("" when it is a regular file or there is none): a link
+// is refused rather than written through, since the rename that puts a
+// finished file into place would replace the link itself.
+std::string specialFileKind(const std::string& path)
 {
-    std::error_code error;
-    if (!fs::exists(path, error))
-        throw Failure("cannot read " + path + ": no such file");
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode))
+        return "";
+    if (S_ISLNK(status.st_mode))
+        return "a symbolic link";
+    if (S_ISDIR(status.st_mode))
+        return "a directory";
+    if (S_ISFIFO(status.st_mode))
+        return "a FIFO (named pipe)";
+    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
+        return "a device";
+    return "not a regular file";
 }
 
 }  // namespace
@@ -108,9 +124,9 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
 {
     const FrameRange range = plan.range;
     for (long f = range.first; f <= range.last; ++f) {
-        checkExists(framePath(r.input, f));
+        checkRegularFile(framePath(r.input, f));
         if (!r.spread.empty())
-            checkExists(framePath(r.spread, f));
+            checkRegularFile(framePath(r.spread, f));
     }
     RenderSetup setup;
     setup.header = readImageHeader(framePath(r.input, range.first), depthInInput(r, plan));
@@ -133,8 +149,11 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
         if (!problem.empty())
             throw Failure("cannot render " + framePath(r.input, f) + ": " + problem);
     }
-    for (const RunOutput& output : outputs.All())
-        checkWritable(output.Path(range.first));
+    for (const RunOutput& output : outputs.All()) {
+        imageOutputFormat(output.Path(range.first));
+        for (long f = range.first; f <= range.last; ++f)
+            checkWritable(output.Path(f));
+    }
     return setup;
 }
 
@@ -148,4 +167,6 @@ void checkWritable(const std::string& path)
         throw Failure("cannot write " + path + ": no directory " + directory.string());
     if (access(directory.c_str(), W_OK) != 0)
         throw Failure("cannot write " + path + ": " + directory.string() + " is not writable");
+    if (const std::string kind = specialFileKind(path); !kind.empty())
+        throw Failure("cannot write " + path + ": it is " + kind + "; only a regular file is replaced");
 }
