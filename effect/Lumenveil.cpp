@@ -69,6 +69,7 @@ void Lumenveil::SelectEngine(uint32_t mode)
     delete engine;
     engine = new (std::nothrow) FftEngine(mode, FFT_MODE_AS_GIVEN);
     kernelValid = 0;
+    kernelFailed = false;
 }
 
 void Lumenveil::buildImageKernel(const ApertureVZ& aperture, int32_t width, int32_t height)
@@ -81,7 +82,7 @@ void Lumenveil::buildImageKernel(const ApertureVZ& aperture, int32_t width, int3
     ImageRec* spreadRec = image_from_vzimage(spread.image);
     if (!spreadRec)
         return;
-    engine->BuildImagePsf(spreadRec, x, y, a, b - a);
+    kernelFailed = !engine->BuildImagePsf(spreadRec, x, y, a, b - a);
     image_free(spreadRec);
 }
 
@@ -93,10 +94,10 @@ void Lumenveil::buildKernel(const ApertureVZ& aperture, int32_t width, int32_t h
     switch (aperture.shape) {
     case SHAPE_CIRCLE:
     case SHAPE_ELLIPSE:
-        engine->BuildShapePsf(width, height, FFT_SHAPE_ELLIPSE, radius1, radius2, turn, kIgnoredSides);
+        kernelFailed = !engine->BuildShapePsf(width, height, FFT_SHAPE_ELLIPSE, radius1, radius2, turn, kIgnoredSides);
         break;
     case SHAPE_POLYGON:
-        engine->BuildShapePsf(width, height, FFT_SHAPE_POLYGON, radius1, radius2, turn, sides.value);
+        kernelFailed = !engine->BuildShapePsf(width, height, FFT_SHAPE_POLYGON, radius1, radius2, turn, sides.value);
         break;
     case SHAPE_IMAGE:
         buildImageKernel(aperture, width, height);
@@ -104,8 +105,11 @@ void Lumenveil::buildKernel(const ApertureVZ& aperture, int32_t width, int32_t h
     default:
         break;
     }
-    // Set whether or not the build succeeded: failures stay in the engine.
+    // Set whether or not the build succeeded: failures stay in the engine,
+    // and in kernelFailed for the render's outcome.
     kernelValid = 1;
+    if (kernelFailed)
+        kernelStatus = engine->GetStatus();
 }
 
 void Lumenveil::keepOrBuildKernel(int32_t width, int32_t height)
@@ -134,6 +138,7 @@ void Lumenveil::keepOrBuildKernel(int32_t width, int32_t height)
 
 void Lumenveil::Render()
 {
+    outcome = RenderOutcomeVZ{engine ? RENDER_NOT_RUN : RENDER_NO_ENGINE, 0};
     if (!engine)
         return;
     VZImage* in = input.image;
@@ -162,8 +167,13 @@ void Lumenveil::Render()
             engine->SetAlphaEmphasis(emphasiseAlpha.value);
             mask = FFT_MASK_COLOUR_ALPHA;
         }
-        engine->Run(outputRec, mask);
+        const bool ran = engine->Run(outputRec, mask);
         image_store_to_vzimage(outputRec, out);
+        outcome = kernelFailed ? RenderOutcomeVZ{RENDER_KERNEL_FAILED, kernelStatus}
+                  : ran        ? RenderOutcomeVZ{RENDER_DONE, 0}
+                               : RenderOutcomeVZ{RENDER_ENGINE_FAILED, engine->GetStatus()};
+    } else {
+        outcome = RenderOutcomeVZ{RENDER_NO_MEMORY, 0};
     }
     image_free(inputRec);
     image_free(outputRec);

@@ -6,8 +6,10 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 
 #include "effect/ApertureVZ.h"
+#include "effect/RenderOutcomeVZ.h"
 #include "generic/library/LinearFrameVZ.h"
 #include "generic/library/LumenveilInfo.h"
 #include "generic/library/OverlayVZ.h"
@@ -67,6 +69,17 @@ public:
     int32_t lastHeight;
     uint8_t kernelValid;
     FftEngine* engine;
+    // What the last Render or RenderLinear came to.
+    RenderOutcomeVZ outcome;
+    // Held by the host effect that renders through this Lumenveil: an effect
+    // and its clones share it and render one at a time.
+    std::mutex renderLock;
+
+protected:
+    // The last kernel build failed (its engine status in kernelStatus): a
+    // render that keeps that kernel has not rendered the frame.
+    bool kernelFailed = false;
+    int kernelStatus = 0;
 
 private:
     // True when every value that shapes the kernel is within tolerance of the

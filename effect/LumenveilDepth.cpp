@@ -119,6 +119,7 @@ DepthApertureVZ LumenveilDepth::apertureOf(int32_t width, int32_t height, const 
 
 void LumenveilDepth::Render()
 {
+    outcome = RenderOutcomeVZ{engine ? RENDER_NOT_RUN : RENDER_NO_ENGINE, 0};
     VZImage* in = input.image;
     VZImage* out = output.image;
     if (!engine || !in || !out || !depth.samples || depth.width != static_cast<int32_t>(in->width) ||
@@ -143,6 +144,9 @@ void LumenveilDepth::Render()
             storePlanes(inputRec, e, alphaEmphasis, alphaEnabled);
             image_store_to_vzimage(inputRec, out);
         }
+        outcome = rendered ? RenderOutcomeVZ{RENDER_DONE, 0} : RenderOutcomeVZ{RENDER_ENGINE_FAILED, lastStatus};
+    } else {
+        outcome = RenderOutcomeVZ{RENDER_NO_MEMORY, 0};
     }
     image_free(inputRec);
     image_free(spreadRec);

@@ -6,6 +6,7 @@
 
 bool Lumenveil::RenderLinear(LinearFrameVZ& frame, double highlightEmphasis, double highlightThreshold)
 {
+    outcome = RenderOutcomeVZ{engine ? RENDER_NOT_RUN : RENDER_NO_ENGINE, 0};
     if (!engine || engine->mode == FFT_MODE_FFTW || !frame.pixels || !(highlightThreshold > 0.0))
         return false;
     pixelAspectX = static_cast<float>(frame.pixelAspect[0]);
@@ -21,5 +22,8 @@ bool Lumenveil::RenderLinear(LinearFrameVZ& frame, double highlightEmphasis, dou
     // A refused convolution leaves channels emphasised; the inverse runs all
     // the same, so that nothing stays raised.
     highlight_deemphasise_pixels(frame.pixels, frame.PixelCount(), highlightEmphasis, highlightThreshold);
+    outcome = kernelFailed ? RenderOutcomeVZ{RENDER_KERNEL_FAILED, kernelStatus}
+              : done       ? RenderOutcomeVZ{RENDER_DONE, 0}
+                           : RenderOutcomeVZ{RENDER_ENGINE_FAILED, engine->GetStatus()};
     return done;
 }

@@ -5,6 +5,7 @@
 
 #include "embed/errors.h"
 #include "embed/host_frame.h"
+#include "embed/render_status.h"
 #include "embed/transform_limit.h"
 
 namespace {
@@ -88,7 +89,8 @@ void EmbeddedEffect::Render(const FrameView& input, const FrameView& output, dou
     const bool keepRange = input.type == SampleType::Float && linearParameter &&
                            instance.Get(*linearParameter, time) != 0.0;
     const int32_t rows = hostFrameRows(input.height, true);
-    if (const std::string problem = transformLimitProblem(instance, input.width, rows, time); !problem.empty())
+    if (const std::string problem = transformLimitProblem(instance, input.width, input.height, time, rows);
+        !problem.empty())
         throw Failure("cannot render the frame: " + problem);
     MemoryImage* in = hostImage(inputImage, format, input.width, rows);
     MemoryImage* out = hostImage(outputImage, format, input.width, rows);
@@ -103,10 +105,6 @@ void EmbeddedEffect::Render(const FrameView& input, const FrameView& output, dou
     const HRESULT status = fx->Execute(time);
     executeSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     host.Link().SetInput(1, nullptr);
-    if (FAILED(status)) {
-        char code[16];
-        std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
-        throw Failure(std::string("the effect could not render the frame (") + code + ")");
-    }
+    requireRendered(fx, status, "the effect could not render the frame");
     loadFrame(out, format, rows, output);
 }

@@ -14,3 +14,11 @@ struct UsageError : std::runtime_error {
 struct Failure : std::runtime_error {
     explicit Failure(const std::string& message) : std::runtime_error(message) {}
 };
+
+// A frame the effect did not render, and why: out of memory, a value that
+// makes no picture (a radius that is not a number), or anything else.
+struct RenderFailure : Failure {
+    enum class Cause { Memory, Value, Other };
+    RenderFailure(Cause cause, const std::string& message) : Failure(message), cause(cause) {}
+    Cause cause;
+};

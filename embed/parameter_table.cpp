@@ -52,6 +52,15 @@ bool parseDouble(const std::string& text, double* value)
     return errno == 0 && end && *end == '\0' && std::isfinite(*value);
 }
 
+// A number in form that strtod cannot hold (1e309, 1e-400).
+bool beyondDoubles(const std::string& text)
+{
+    char* end = nullptr;
+    errno = 0;
+    std::strtod(text.c_str(), &end);
+    return errno == ERANGE && end && *end == '\0' && !text.empty();
+}
+
 }  // namespace
 
 namespace {
@@ -147,6 +156,8 @@ double parseParameterValue(const Parameter& p, const std::string& text, const st
             throw UsageError(what + ": \"" + text + "\" is not on or off");
         }
     }
+    if (!read && !parseDouble(text, &value) && beyondDoubles(text))
+        throw UsageError(what + ": " + text + " is beyond the range of numbers");
     if (!read && !parseDouble(text, &value))
         throw UsageError(what + ": \"" + text + "\" is not " +
                          (p.isList() ? "one of " + describeRange(p) : p.isInteger() ? "a whole number" : "a number"));

@@ -66,10 +66,12 @@ std::string enginesThatFit(const EffectInstance& effect, const TransformQuestion
 
 }  // namespace
 
-std::string transformLimitProblem(const EffectInstance& effect, int32_t width, int32_t height, double time)
+std::string transformLimitProblem(const EffectInstance& effect, int32_t width, int32_t height, double time,
+                                  int32_t rows)
 {
+    const int32_t padding = rows > height ? rows - height : 0;
     const TransformQuestion question(effect, time);
-    const DSTransformNeeds needs = question.Ask(width, height);
+    const DSTransformNeeds needs = question.Ask(width, height + padding);
     if (needs.fits)
         return "";
     // The reach grows with the width: find the widest frame that fits, then
@@ -78,11 +80,12 @@ std::string transformLimitProblem(const EffectInstance& effect, int32_t width, i
     int32_t tallest = question.Largest(needs.largestSide, [&](int32_t h) { return question.Ask(widest, h).fits; });
     if (!question.Ask(widest, tallest).fits)
         tallest = 0;
+    tallest = std::max(tallest - padding, 0);
     char reachText[32];
     std::snprintf(reachText, sizeof reachText, "%.1f", needs.reach);
     const int64_t side = std::max(needs.width, needs.height);
     return "a " + std::to_string(width) + " x " + std::to_string(height) + " frame with a blur reach of " +
            reachText + " px needs a transform of " + std::to_string(side) + ", above the largest, " +
            std::to_string(needs.largestSide) + "; at this radius frames up to " + std::to_string(widest) +
-           " wide and " + std::to_string(tallest) + " high work" + enginesThatFit(effect, question, width, height);
+           " wide and " + std::to_string(tallest) + " high work" + enginesThatFit(effect, question, width, height + padding);
 }

@@ -11,5 +11,8 @@
 
 // "" when a width x height frame fits at `time` seconds in the engine the
 // effect is set to, else the message saying the largest width and height that
-// work at the radius in force then. Failure when the effect cannot tell.
-std::string transformLimitProblem(const EffectInstance& effect, int32_t width, int32_t height, double time);
+// work at the radius in force then. The effect is asked about `rows` rows
+// when given (the host frame's rows, padded below the picture), the message
+// names the picture's height. Failure when the effect cannot tell.
+std::string transformLimitProblem(const EffectInstance& effect, int32_t width, int32_t height, double time,
+                                  int32_t rows = 0);

@@ -252,6 +252,8 @@ void* Plug::FindInterface(const GUID& iid)
         return static_cast<IDSPointSpread*>(this);
     if (IsEqualGUID(iid, IID_IDSTransformNeeds))
         return static_cast<IDSTransformNeeds*>(this);
+    if (IsEqualGUID(iid, IID_IDSRenderStatus))
+        return static_cast<IDSRenderStatus*>(this);
     return CDSImageEffect::FindInterface(iid);
 }
 

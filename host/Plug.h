@@ -7,6 +7,7 @@
 
 #include "hostsdk/CDSImageEffect.h"
 #include "hostsdk/IDSPointSpread.h"
+#include "hostsdk/IDSRenderStatus.h"
 #include "hostsdk/IDSTransformNeeds.h"
 
 class ApertureVZ;
@@ -27,7 +28,7 @@ struct EffectBitmap {
     const uint8_t* pixels;  // B G R
 };
 
-class Plug : public CDSImageMIEffect, public IDSPointSpread, public IDSTransformNeeds {
+class Plug : public CDSImageMIEffect, public IDSPointSpread, public IDSTransformNeeds, public IDSRenderStatus {
 public:
     // Makes the Lumenveil an effect object works with (Init calls it).
     typedef Lumenveil* (*LumenveilMaker)();
@@ -40,7 +41,8 @@ public:
 
     HRESULT Init() override;
 
-    // The base's interfaces, IID_IDSPointSpread and IID_IDSTransformNeeds, on one count.
+    // The base's interfaces, IID_IDSPointSpread, IID_IDSTransformNeeds and
+    // IID_IDSRenderStatus, on one count.
     HRESULT QueryInterface(const GUID& iid, void** out) override;
     uint32_t AddRef() override;
     uint32_t Release() override;
@@ -50,6 +52,8 @@ public:
     // value of the Engine property or DS_ENGINE_CURRENT.
     HRESULT GetTransformNeeds(int32_t width, int32_t height, double time, int32_t engine,
                               DSTransformNeeds* needs) override;
+    // What the last Execute came to: S_OK when its frame reached the output.
+    HRESULT GetRenderStatus(HRESULT* status, const char** reason) override;
 
     HRESULT GetName(wchar_t* buffer, int size);
     HRESULT GetLongName(wchar_t* buffer, int size);
@@ -106,6 +110,16 @@ public:
     Plug* sourceEffect;         // the effect this one was cloned from, or null
 
 protected:
+    // Execute's steps for one frame, once the effect has its turn (Execute
+    // waits while the effect or one of its clones renders: they share one
+    // Lumenveil) and before its result is kept for GetRenderStatus.
+    virtual HRESULT executeSteps(double time);
+    // Asks the host whether to go on; notes a stop for the render status.
+    bool hostStopped();
+    // A failure's own reason for the render status, set where it is found;
+    // without one the status names the failure by its code.
+    const char* failureReason = nullptr;
+
     // An effect whose Lumenveil `maker` makes (a derived effect's own kind).
     explicit Plug(LumenveilMaker maker);
     void* FindInterface(const GUID& iid) override;
@@ -115,6 +129,12 @@ protected:
     LumenveilMaker lumenveilMaker;
 
 private:
+    // Sets the render status from Execute's result and the render's outcome.
+    void settleRenderStatus(HRESULT executed);
+    HRESULT renderStatus = E_FAIL;
+    const char* renderReason = "no frame has been rendered";
+    bool stopped = false;
+
     // Ties the properties' keys to the stored members above.
     void bindStoredValues();
     // Takes one count of the server lock when one exists.

@@ -196,7 +196,8 @@ HRESULT PlugDepth::readDepth(double time, std::vector<float>* samples)
     host->FetchInput(DS_INPUT_DEPTH, time, executeContext, reinterpret_cast<IUnknown**>(fetched.out()));
     const ComRef<IDSImage> image = ComRef<IDSImage>::Query(fetched.get(), IID_IDSImage);
     if (!image) {
-        lib_log(LOG_ERROR, "Lumenveil Depth needs its Depth input");
+        failureReason = "Lumenveil Depth needs its Depth input";
+        lib_log(LOG_ERROR, "%s", failureReason);
         return E_INVALIDARG;
     }
     const HostBuffer buffer = readBuffer(image.get());
@@ -206,7 +207,8 @@ HRESULT PlugDepth::readDepth(double time, std::vector<float>* samples)
     // Depth is read as it is: no fields, NaN and infinity (at infinity) become 0, which is at infinity too.
     if (hostToLinearFrame(buffer.pixels, buffer.width, buffer.height, roiWidth, roiHeight, inputRoiX, inputRoiY,
                           buffer.code, 0, frame.get()) < 0) {
-        lib_log(LOG_ERROR, "the Depth input must be float R G B A (MFIF_RGBA_FLOAT) and cover the frame");
+        failureReason = "the Depth input must be float R G B A (MFIF_RGBA_FLOAT) and cover the frame";
+        lib_log(LOG_ERROR, "%s", failureReason);
         return E_INVALIDARG;
     }
     const size_t count = frame->PixelCount();
@@ -216,14 +218,14 @@ HRESULT PlugDepth::readDepth(double time, std::vector<float>* samples)
     return S_OK;
 }
 
-HRESULT PlugDepth::Execute(double time)
+HRESULT PlugDepth::executeSteps(double time)
 {
     const HRESULT prepared = PrepareData();
     if (!lumenveil)
         return E_OUTOFMEMORY;
     if (!host)
         return E_FAIL;
-    if (host->ShouldContinue() == 0)
+    if (hostStopped())
         return S_OK;
     if (FAILED(prepared))
         return prepared;
@@ -234,7 +236,7 @@ HRESULT PlugDepth::Execute(double time)
     LumenveilDepth& fx = depthEffect();
     readDepthParameters(time);
     fx.depth = DepthSamplesVZ{samples.data(), roiWidth, roiHeight, roiWidth};
-    const HRESULT status = Plug::Execute(time);
+    const HRESULT status = Plug::executeSteps(time);
     fx.depth = DepthSamplesVZ{};
     return status;
 }

@@ -38,10 +38,6 @@ public:
     // The largest kernel a frame may take: the aperture at the maximum radius.
     HRESULT GetTransformNeeds(int32_t width, int32_t height, double time, int32_t engine,
                               DSTransformNeeds* needs) override;
-    // E_INVALIDARG, with the output untouched, when the Depth input is missing,
-    // not float R G B A or smaller than the region; otherwise as the plain
-    // effect's Execute, the blur following the depth.
-    HRESULT Execute(double time) override;
     HRESULT Clone(const GUID& iid, void** out) override;
 
     // Stored values of the depth properties, in property order.
@@ -58,6 +54,10 @@ public:
 
 protected:
     void* FindInterface(const GUID& iid) override;
+    // E_INVALIDARG, with the output untouched, when the Depth input is missing,
+    // not float R G B A or smaller than the region; otherwise as the plain
+    // effect's Execute, the blur following the depth.
+    HRESULT executeSteps(double time) override;
 
 private:
     void bindDepthValues();

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 
 #include "effect/Lumenveil.h"
@@ -13,6 +14,7 @@
 #include "host/PlugHostBuffers.h"
 #include "hostsdk/content.h"
 #include "vzlibs/fftlib/fft_modes.h"
+#include "vzlibs/fftlib/fft_status.h"
 
 
 namespace {
@@ -105,7 +107,7 @@ HRESULT Plug::runRender(double position)
 {
     if (!host || !preparedValues[0] || !preparedValues[1] || !preparedValues[2] || roiWidth < 1 || roiHeight < 1)
         return E_FAIL;
-    if (host->ShouldContinue() == 0)
+    if (hostStopped())
         return S_OK;
     lumenveil->time = position;
     lumenveil->colourEnabled = 1;
@@ -179,7 +181,7 @@ HRESULT Plug::executeFrames(double time, double position, const HostBuffer& in, 
     readParameters(time);
     lumenveil->renderMonitor = host;
     const HRESULT status = runRender(position);
-    if (host->ShouldContinue() != 0) {
+    if (!hostStopped()) {
         // The selectors' places cross green and blue; the merge takes R, G, B, A.
         mergeChannels(inputFrame.get(), outputFrame.get(), channelSelect[DS_PLACE_RED], channelSelect[DS_PLACE_GREEN],
                       channelSelect[DS_PLACE_BLUE], channelSelect[DS_PLACE_ALPHA]);
@@ -189,7 +191,61 @@ HRESULT Plug::executeFrames(double time, double position, const HostBuffer& in, 
     return status;
 }
 
+bool Plug::hostStopped()
+{
+    if (host->ShouldContinue() != 0)
+        return false;
+    stopped = true;
+    return true;
+}
+
+HRESULT Plug::GetRenderStatus(HRESULT* status, const char** reason)
+{
+    if (!status || !reason)
+        return E_POINTER;
+    *status = renderStatus;
+    *reason = renderReason;
+    return S_OK;
+}
+
+void Plug::settleRenderStatus(HRESULT executed)
+{
+    const RenderOutcomeVZ outcome = lumenveil ? lumenveil->outcome : RenderOutcomeVZ{RENDER_NO_ENGINE, 0};
+    if (FAILED(executed)) {
+        renderStatus = executed;
+        renderReason = failureReason                 ? failureReason
+                       : executed == E_OUTOFMEMORY ? "out of memory for the frame"
+                                                   : "the host's images do not fit the effect";
+    } else if (stopped) {
+        renderStatus = E_ABORT;
+        renderReason = "the host stopped the render";
+    } else if (outcome.Done()) {
+        renderStatus = S_OK;
+        renderReason = "";
+    } else {
+        const bool memory = outcome.result == RENDER_NO_MEMORY || outcome.engineStatus == FFT_ERR_MEMORY;
+        renderStatus = memory                                     ? E_OUTOFMEMORY
+                       : outcome.engineStatus == FFT_ERR_ARGUMENT ? E_INVALIDARG
+                                                                  : E_FAIL;
+        renderReason = outcome.Reason();
+    }
+}
+
 HRESULT Plug::Execute(double time)
+{
+    std::unique_lock<std::mutex> turn;
+    if (lumenveil) {
+        turn = std::unique_lock<std::mutex>(lumenveil->renderLock);
+        lumenveil->outcome = RenderOutcomeVZ{};
+    }
+    stopped = false;
+    failureReason = nullptr;
+    const HRESULT executed = executeSteps(time);
+    settleRenderStatus(executed);
+    return executed;
+}
+
+HRESULT Plug::executeSteps(double time)
 {
     const HRESULT prepared = PrepareData();
     // Without its Lumenveil or a host link to poll the effect cannot render:
@@ -200,7 +256,7 @@ HRESULT Plug::Execute(double time)
         return E_FAIL;
     lumenveil->frame = static_cast<double>(static_cast<int64_t>(timespanLength * sampleRate));
     const double position = sampleRate * time;
-    if (host->ShouldContinue() == 0)
+    if (hostStopped())
         return S_OK;
     if (FAILED(prepared))
         return prepared;

@@ -48,11 +48,13 @@ HRESULT Plug::executeLinear(double time, double position, uint32_t fieldFlags)
     const HostBuffer out = readBuffer(outputImage);
     const HostBuffer in = readBuffer(inputImage);
     if (out.code != hostLinearFormatCode() || in.code != hostLinearFormatCode()) {
-        lib_log(LOG_ERROR, "Linear renders float R G B A frames (MFIF_RGBA_FLOAT) only");
+        failureReason = "Linear renders float R G B A frames (MFIF_RGBA_FLOAT) only";
+        lib_log(LOG_ERROR, "%s", failureReason);
         return E_INVALIDARG;
     }
     if (!lumenveil->engine || lumenveil->engine->mode == FFT_MODE_FFTW) {
-        lib_log(LOG_ERROR, "Linear needs the fast or fast-float engine: the faithful one renders in 16 bits");
+        failureReason = "Linear needs the fast or fast-float engine: the faithful one renders in 16 bits";
+        lib_log(LOG_ERROR, "%s", failureReason);
         return E_INVALIDARG;
     }
     const ComRef<IDSImage> spreadImage = fetchSpread(time);
@@ -108,7 +110,7 @@ HRESULT Plug::renderLinear(LinearFrameVZ& frame, const LinearFrameVZ* input, con
     lumenveil->renderMonitor = host;
     if (!preparedValues[0] || !preparedValues[1] || !preparedValues[2] || roiWidth < 1 || roiHeight < 1)
         return E_FAIL;
-    if (host->ShouldContinue() == 0)
+    if (hostStopped())
         return S_OK;
     lumenveil->time = position;
     lumenveil->colourEnabled = 1;
@@ -117,9 +119,10 @@ HRESULT Plug::renderLinear(LinearFrameVZ& frame, const LinearFrameVZ* input, con
     const double threshold = GetValueDirect(KEY_HIGHLIGHT_THRESHOLD, highlightThreshold, time);
     if (!lumenveil->RenderLinear(frame, emphasis, threshold)) {
         lib_log(LOG_ERROR, "the scene-linear render failed (engine status %d)", lumenveil->engine->GetStatus());
-        return E_FAIL;
+        failureReason = lumenveil->outcome.Reason();
+        return lumenveil->engine->GetStatus() == FFT_ERR_MEMORY ? E_OUTOFMEMORY : E_FAIL;
     }
-    if (host->ShouldContinue() == 0)
+    if (hostStopped())
         return S_OK;
     if (input)
         mergeLinearChannels(*input, frame, channelSelect[DS_PLACE_RED], channelSelect[DS_PLACE_GREEN],

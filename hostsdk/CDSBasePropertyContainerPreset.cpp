@@ -48,6 +48,11 @@ bool inRange(const CDSParamDef& def, double v)
 {
     if (!std::isfinite(v))
         return false;
+    // Lists, switches and whole numbers are stored as integers: a fraction
+    // would be rounded to some other value.
+    const bool whole = def.listEntries || def.type == VT_I4 || def.type == VT_BOOL || def.type == VT_UI4;
+    if (whole && v != std::floor(v))
+        return false;
     if (def.listEntries && def.listCount > 0)
         return v >= 0 && v < def.listCount;
     return !def.hasRange() || (v >= def.minimum && v <= def.maximum);

@@ -201,6 +201,11 @@ PYBIND11_MODULE(lumenveil, m)
                 std::rethrow_exception(p);
         } catch (const UsageError& e) {
             PyErr_SetString(PyExc_ValueError, e.what());
+        } catch (const RenderFailure& e) {
+            PyErr_SetString(e.cause == RenderFailure::Cause::Memory  ? PyExc_MemoryError
+                            : e.cause == RenderFailure::Cause::Value ? PyExc_ValueError
+                                                                     : PyExc_RuntimeError,
+                            e.what());
         } catch (const Failure& e) {
             PyErr_SetString(PyExc_RuntimeError, e.what());
         }

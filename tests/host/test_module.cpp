@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/IDSProperties.h"
+#include "hostsdk/IDSRenderStatus.h"
 #include "hostsdk/IDSTransformNeeds.h"
 #include "hostsdk/com.h"
 #include "hostsdk/image_format_geometry.h"
@@ -226,6 +228,8 @@ TEST_F(Execute, PresetRoundTripGivesTheSameFrameAndBadPresetsChangeNothing)
         replaced("\"value\": 0.2", "\"value\": 0.5"),                                                   // RadiusX above 0.3
         replaced("\"value\": 5", "\"value\": 21"),                                                      // Sides above 20
         replaced("\"value\": 1.25", "\"value\": 0.5"),                                                  // Emphasis below 1
+        replaced("\"keys\": [],\n      \"name\": \"Shape\"", "\"keys\": [[0.5, 2.6]], \"name\": \"Shape\""),  // a key between entries
+        replaced("\"keys\": [],\n      \"name\": \"Sides\"", "\"keys\": [[0.5, 4.5]], \"name\": \"Sides\""),  // a key between whole numbers
     };
     properties(other.p)->SavePresetText(&before);
     for (const std::string& text : bad) {
@@ -459,6 +463,91 @@ TEST_F(Execute, ClonesShareTheRenderAndKeepTheirOwnAnimation)
     EXPECT_EQ(properties(clone.p)->IsPropertyAnimated(PROPID_Sides), S_OK);
     set(effect.p, PROPID_RadiusX, 0.1);
     EXPECT_EQ(get(clone.p, PROPID_RadiusX), 0.2);
+}
+
+// The render status of `fx`'s last Execute, and its reason.
+std::pair<HRESULT, std::string> renderStatus(IDSImageEffect* fx)
+{
+    Ref<IDSRenderStatus> status;
+    EXPECT_EQ(fx->QueryInterface(IID_IDSRenderStatus, status.out()), S_OK);
+    HRESULT code = S_FALSE;
+    const char* reason = nullptr;
+    EXPECT_EQ(status->GetRenderStatus(&code, &reason), S_OK);
+    return {code, reason ? reason : "(null)"};
+}
+
+// The failure hook of a test: planes (or plans) fail while `failing` is set.
+int failPlanes(void* failing, FftResource resource)
+{
+    return *static_cast<bool*>(failing) && resource == FFT_RESOURCE_PLANE;
+}
+
+TEST_F(Execute, RenderStatusTellsWhetherTheFrameWasRenderedWhereExecuteSucceeds)
+{
+    EXPECT_EQ(renderStatus(effect.p), std::make_pair(E_FAIL, std::string("no frame has been rendered")));
+    run(effect.p, output.p);
+    EXPECT_EQ(renderStatus(effect.p), std::make_pair(S_OK, std::string()));
+
+    // A stopped render returns S_OK and says it was stopped.
+    host.Stop();
+    EXPECT_EQ(untouched(S_OK), 7);
+    EXPECT_EQ(renderStatus(effect.p).first, E_ABORT);
+    host.Stop(false);
+
+    // Keys at infinite times interpolate to a NaN radius: no kernel, no picture.
+    const double forever = std::numeric_limits<double>::infinity();
+    ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_RadiusX, -forever, 0.0), S_OK);
+    ASSERT_EQ(properties(effect.p)->SetPropertyKey(PROPID_RadiusX, forever, 0.3), S_OK);
+    untouched(S_OK);
+    auto [code, reason] = renderStatus(effect.p);
+    EXPECT_EQ(code, E_INVALIDARG);
+    EXPECT_NE(reason.find("not a finite number"), std::string::npos) << reason;
+
+    // A new effect whose engine cannot allocate its planes.
+    Ref<IDSImageEffect> starved{create()};
+    Ref<MemoryImage> starvedOut{MemoryImage::Create(MFIF_RGBA_RAW_32, W, H)};
+    connect(starved.p, starvedOut.p);
+    bool failing = true;
+    lumenveilOf(starved.p)->engine->SetFailureHook(&failing, failPlanes);
+    EXPECT_EQ(starved->Execute(0.0), S_OK);
+    std::tie(code, reason) = renderStatus(starved.p);
+    EXPECT_EQ(code, E_OUTOFMEMORY);
+    EXPECT_NE(reason.find("memory"), std::string::npos) << reason;
+    // The failed kernel stands while the aperture does; a new one renders.
+    failing = false;
+    starved->Execute(0.0);
+    EXPECT_EQ(renderStatus(starved.p).first, E_OUTOFMEMORY);
+    set(starved.p, PROPID_RadiusX, 0.25);
+    run(starved.p, starvedOut.p);
+    EXPECT_EQ(renderStatus(starved.p).first, S_OK);
+    lumenveilOf(starved.p)->engine->SetFailureHook(nullptr, nullptr);
+}
+
+TEST_F(Execute, AnEffectAndItsCloneExecutedAtOnceRenderOneAtATime)
+{
+    Ref<IDSImageEffect> clone;
+    ASSERT_EQ(effect->Clone(IID_IDSImageEffect, clone.out()), S_OK);
+    set(clone.p, PROPID_RadiusX, 0.05);
+    set(clone.p, PROPID_Shape, 2);
+    Ref<MemoryImage> cloneOut{MemoryImage::Create(MFIF_RGBA_RAW_32, W, H)};
+    connect(clone.p, cloneOut.p);
+    const std::vector<uint8_t> alone = run(effect.p, output.p), cloneAlone = run(clone.p, cloneOut.p);
+    ASSERT_NE(alone, cloneAlone);
+    auto renders = [this](IDSImageEffect* fx, MemoryImage* out, const std::vector<uint8_t>& expected) {
+        for (int i = 0; i < 40; ++i) {
+            std::memset(out->Data(), 0, out->Bytes());
+            fx->Execute(0.0);
+            if (std::vector<uint8_t>(out->Data(), out->Data() + out->Bytes()) != expected)
+                return false;
+        }
+        return true;
+    };
+    bool same = false, cloneSame = false;
+    std::thread other([&] { cloneSame = renders(clone.p, cloneOut.p, cloneAlone); });
+    same = renders(effect.p, output.p, alone);
+    other.join();
+    EXPECT_TRUE(same);
+    EXPECT_TRUE(cloneSame);
 }
 
 // Scene-linear renders of float R G B A frames, a radius of 0.1 x 0.5 x 64 =

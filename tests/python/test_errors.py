@@ -1,5 +1,10 @@
 """Bad input raises TypeError, ValueError or OSError with the effect's own
 reason, never writes to the input, and leaves an Effect as it was."""
+import os
+import subprocess
+import sys
+import textwrap
+
 import numpy as np
 import pytest
 
@@ -48,3 +53,26 @@ def test_a_refused_value_or_preset_leaves_the_effect_as_it_was(tmp_path):
         fx.set_key("match_radii", 1.0, False)
     assert (fx.get("shape"), fx.get("radius_x"), fx.get("sides")) == ("polygon", 0.04, 6)
     assert list(tmp_path.iterdir()) == [tmp_path / "bad.json"]
+
+
+@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""),
+                    reason="an address-space limit cannot be set under the address sanitizer")
+def test_a_frame_the_engine_cannot_allocate_for_raises_memory_error():
+    # A 7000 x 2 frame takes the faithful engine's square transform of 8192,
+    # 512 MiB a plane: beyond an address space of 2.5 GB. Run apart, so the
+    # limit binds that process alone.
+    script = textwrap.dedent("""
+        import resource, sys
+        import numpy as np
+        import lumenveil
+        image = np.full((2, 7000, 3), 100, np.uint8)
+        resource.setrlimit(resource.RLIMIT_AS, (2_500_000_000, 2_500_000_000))
+        try:
+            lumenveil.defocus(image, engine="faithful")
+        except MemoryError as e:
+            print("MemoryError:", e)
+        sys.exit(0)
+    """)
+    done = subprocess.run([sys.executable, "-c", script], capture_output=True, text=True, timeout=120)
+    assert done.returncode == 0, done.stderr
+    assert "MemoryError:" in done.stdout and "could not allocate memory" in done.stdout, done.stdout

@@ -1,6 +1,7 @@
 // Bad input: one clear message, exit 2 for usage and 1 for failures, and
 // nothing written: no output, no temporary file, an existing output kept.
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cmath>
@@ -60,7 +61,8 @@ TEST_F(Errors, UsageErrorsExitTwo)
     expectRefused({"render", "in.png", "-o", "keep.png", "--key", "match-radii=0:1"}, 2, "cannot be animated");
     expectRefused({"render", "in.png", "-o", "keep.png", "--key", "radius-x=0:0.9"}, 2, "outside 0 to 0.3");
     expectRefused({"render", "in.png", "-o", "keep.png", "--frames", "0-3"}, 2, "--frames needs a sequence");
-    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "zip:fast"}, 2, "is not a compression");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "zip:fast"}, 2, "level of zip runs from 1 to 9");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "fast"}, 2, "is not a compression");
     expectRefused({"render", "in.%04d.png", "-o", "out.png", "--frames", "0-3"}, 2, "OUTPUT needs a frame number");
     expectRefused({"render", "in.%04d.png", "-o", "o.%04d.png", "--frames", "0-3", "--psf", "p.png"}, 2,
                   "--psf needs a frame number");

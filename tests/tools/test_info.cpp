@@ -98,4 +98,25 @@ TEST_F(Info, PageShowsTheControlsOfTheShapeWithTheirValues)
     EXPECT_NE(pageLine(image.out, "CentreY").find("number    shown value=0.5"), std::string::npos) << image.out;
 }
 
+TEST_F(Info, SwitchesTakeAValueAfterAnEqualsSign)
+{
+    // Each spelling against the state the page shows for the switch.
+    const std::pair<const char*, const char*> spellings[] = {
+        {"--emphasise-alpha=off", "clear"}, {"--emphasise-alpha=0", "clear"},   {"--emphasise-alpha=false", "clear"},
+        {"--emphasise-alpha=no", "clear"},  {"--emphasise-alpha=on", "checked"}, {"--emphasise-alpha", "checked"},
+        {"--no-emphasise-alpha", "clear"},  {"--no-emphasise-alpha=off", "checked"}};
+    for (const auto& [option, state] : spellings) {
+        const ToolRun r = run({"page", option});
+        ASSERT_EQ(r.exitCode, 0) << option << r.err;
+        EXPECT_NE(pageLine(r.out, "Emphasise Alpha").find(std::string("shown ") + state), std::string::npos)
+            << option << "\n" << r.out;
+    }
+    const ToolRun matchOff = run({"page", "--shape", "polygon", "--match-radii=off"});
+    EXPECT_NE(pageLine(matchOff.out, "Match Radii").find("shown clear"), std::string::npos) << matchOff.out;
+    EXPECT_NE(pageLine(matchOff.out, "RadiusY").find("shown"), std::string::npos) << matchOff.out;
+    const ToolRun maybe = run({"page", "--emphasise-alpha=maybe"});
+    EXPECT_EQ(maybe.exitCode, 2);
+    EXPECT_NE(maybe.err.find("\"maybe\" is not on or off"), std::string::npos) << maybe.err;
+}
+
 }  // namespace

@@ -9,7 +9,9 @@
 namespace {
 
 // Where the pattern starts and how long it is and how wide the number, in
-// `path`'s file name; false when there is none.
+// `path`'s file name; false when there is none. UsageError for a pattern the
+// tool cannot fill: wider than kMaxFrameDigits, or "%Nd" without the 0 that
+// pads with zeros (it would pad with spaces).
 bool findPattern(const std::string& path, size_t* at, size_t* length, int* width)
 {
     const size_t nameStart = path.rfind('/') == std::string::npos ? 0 : path.rfind('/') + 1;
@@ -20,6 +22,9 @@ bool findPattern(const std::string& path, size_t* at, size_t* length, int* width
                 --start;
             *at = start;
             *length = i - start + 1;
+            if (*length > kMaxFrameDigits)
+                throw UsageError(path + ": " + std::to_string(*length) + " #s make a frame number wider than " +
+                                 std::to_string(kMaxFrameDigits) + " digits");
             *width = static_cast<int>(*length);
             return true;
         }
@@ -28,9 +33,16 @@ bool findPattern(const std::string& path, size_t* at, size_t* length, int* width
             while (start > nameStart && std::isdigit(static_cast<unsigned char>(path[start - 1])))
                 --start;
             if (start > nameStart && path[start - 1] == '%') {
+                const std::string digits = path.substr(start, i - start);
                 *at = start - 1;
                 *length = i - start + 2;
-                *width = start == i ? 0 : std::atoi(path.substr(start, i - start).c_str());
+                if (!digits.empty() && digits[0] != '0')
+                    throw UsageError(path + ": %" + digits + "d pads frame numbers with spaces; %0" + digits +
+                                     "d pads them with zeros");
+                if (digits.size() > 3 || std::atoi(digits.c_str()) > static_cast<int>(kMaxFrameDigits))
+                    throw UsageError(path + ": %" + digits + "d makes a frame number wider than " +
+                                     std::to_string(kMaxFrameDigits) + " digits");
+                *width = std::atoi(digits.c_str());
                 return true;
             }
         }

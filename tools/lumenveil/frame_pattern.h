@@ -2,7 +2,11 @@
 // "####") and the frame range of --frames.
 #pragma once
 
+#include <cstddef>
 #include <string>
+
+// The widest frame number a pattern may ask for: frames run up to 9 digits.
+inline constexpr size_t kMaxFrameDigits = 10;
 
 struct FrameRange {
     long first = 0;
@@ -10,7 +14,8 @@ struct FrameRange {
     long Count() const { return last - first + 1; }
 };
 
-// True when the file name of `path` holds a frame number pattern.
+// True when the file name of `path` holds a frame number pattern; UsageError
+// for a pattern wider than kMaxFrameDigits or "%Nd" without the padding 0.
 bool hasFramePattern(const std::string& path);
 
 // The path of frame `frame`: the pattern replaced by the number, padded with

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "embed/point_spread.h"
+#include "embed/render_status.h"
 #include "hostsdk/depth_input.h"
 #include "tools/lumenveil/depth_frames.h"
 #include "tools/lumenveil/cli_error.h"
@@ -56,8 +57,8 @@ ComRef<MemoryImage> readSpread(const std::string& path, const ImageHeader& input
 }
 
 struct InterruptGuard {
-    explicit InterruptGuard(ImageEffectHost* host) { watchInterrupts(host); }
-    ~InterruptGuard() { releaseInterrupts(); }
+    explicit InterruptGuard(ImageEffectHost* host) { attachInterruptHost(host); }
+    ~InterruptGuard() { releaseInterruptHost(); }
 };
 
 }  // namespace
@@ -162,11 +163,7 @@ FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)
     const HRESULT status = fx->Execute(time);
     if (interruptRequested())
         throw Interrupted("");
-    if (FAILED(status)) {
-        char code[16];
-        std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(status));
-        throw Failure("the effect failed on " + framePath(r.input, f) + " (" + code + ")");
-    }
+    requireRendered(fx, status, "the effect did not render " + framePath(r.input, f));
     Rendered rendered;
     if (overlay)
         rendered.layer = overlay->Draw(frame.header.width, frame.header.height, r.pixelAspect, time);

@@ -32,7 +32,7 @@ const HostFormatGeometry* chooseHostFormat(const std::string& name, SampleDepth 
     const HostFormatGeometry* format = nullptr;
     char* end = nullptr;
     const long code = std::strtol(name.c_str(), &end, 10);
-    if (end && *end == '\0' && end != name.c_str())
+    if (end && *end == '\0' && end != name.c_str() && code >= 1 && code <= kHostFormatCount)
         format = hostFormatGeometry(static_cast<int32_t>(code));
     const std::string wanted = upper(name);
     for (int32_t c = 1; c <= kHostFormatCount && !format; ++c) {

@@ -257,19 +257,35 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
 
 std::string compressionProblem(const std::string& compression)
 {
-    // The names of TIFF, EXR and PNG writers; a writer that does not use one
-    // keeps its own default.
-    static const char* const known[] = {"none", "zip",  "zips", "lzw", "packbits", "ccittrle", "jpeg",
-                                        "rle",  "piz", "pxr24", "b44", "b44a",     "dwaa",     "dwab"};
+    // The names of TIFF, EXR and PNG writers, with the levels a name takes
+    // (0 0: none); a writer that does not use one keeps its own default.
+    struct Compression {
+        const char* name;
+        int lowest, highest;
+    };
+    static const Compression known[] = {{"none", 0, 0},  {"zip", 1, 9},   {"zips", 1, 9},      {"lzw", 0, 0},
+                                        {"packbits", 0, 0}, {"ccittrle", 0, 0}, {"jpeg", 1, 100}, {"rle", 0, 0},
+                                        {"piz", 0, 0},   {"pxr24", 0, 0}, {"b44", 0, 0},       {"b44a", 0, 0},
+                                        {"dwaa", 1, 1000}, {"dwab", 1, 1000}};
     const size_t colon = compression.find(':');
     const std::string name = compression.substr(0, colon);
     const std::string level = colon == std::string::npos ? "" : compression.substr(colon + 1);
     std::string list;
-    for (const char* k : known) {
-        if (name == k && (colon == std::string::npos ||
-                          (!level.empty() && level.find_first_not_of("0123456789") == std::string::npos)))
+    for (const Compression& k : known) {
+        list += list.empty() ? k.name : std::string(", ") + k.name;
+        if (name != k.name)
+            continue;
+        if (colon == std::string::npos)
             return "";
-        list += list.empty() ? k : std::string(", ") + k;
+        if (k.highest == 0)
+            return "\"" + compression + "\": " + name + " takes no level";
+        const bool digits = !level.empty() && level.size() <= 4 &&
+                            level.find_first_not_of("0123456789") == std::string::npos;
+        const int value = digits ? std::stoi(level) : -1;
+        if (value < k.lowest || value > k.highest)
+            return "\"" + compression + "\": the level of " + name + " runs from " + std::to_string(k.lowest) +
+                   " to " + std::to_string(k.highest);
+        return "";
     }
     return "\"" + compression + "\" is not a compression (" + list + ", with a level as in zip:1)";
 }

@@ -19,21 +19,23 @@ extern "C" void onInterrupt(int)
 
 }  // namespace
 
-void watchInterrupts(ImageEffectHost* host)
+void watchInterrupts()
 {
-    watchedHost.store(host);
     struct sigaction action = {};
     action.sa_handler = onInterrupt;
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(signal, &action, nullptr);
 }
 
-void releaseInterrupts()
+void attachInterruptHost(ImageEffectHost* host)
 {
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
-    watchedHost.store(nullptr);
+    watchedHost.store(host);
+    // A signal that came before the host was attached stops it at once.
+    if (host && requested.load())
+        host->Stop();
 }
+
+void releaseInterruptHost() { watchedHost.store(nullptr); }
 
 bool interruptRequested() { return requested.load(); }

@@ -15,6 +15,7 @@
 #include "embed/effect_module.h"
 #include "tools/lumenveil/info_command.h"
 #include "tools/lumenveil/installed_docs.h"
+#include "tools/lumenveil/interrupt.h"
 #include "tools/lumenveil/option_suggestion.h"
 #include "tools/lumenveil/page_command.h"
 #include "embed/module_locator.h"
@@ -121,6 +122,7 @@ int runCommand(const Commands& c, const EffectModule* module, const std::string&
 
 int main(int argc, char** argv)
 {
+    watchInterrupts();
     useInstalledHelpPage();
     std::string modulePath = modulePathFromArguments(argc, argv);
     EffectModule* module = nullptr;
@@ -160,5 +162,7 @@ int main(int argc, char** argv)
                      suggestOption(app, chosen, argc, argv).c_str(), commands.render->parsed() ? "render " : "");
         return kExitUsage;
     }
+    if (interruptRequested())
+        return report("interrupted before the command started; nothing written", kExitInterrupted);
     return runCommand(commands, module, moduleError);
 }

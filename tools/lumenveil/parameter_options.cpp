@@ -88,11 +88,14 @@ void ParameterOptions::Apply(EffectInstance& effect) const
         if (single->option->count() > 0)
             effect.Set(*single->parameter,
                        parseParameterValue(*single->parameter, single->text, "--" + single->parameter->option));
+    // A switch may carry a value (--emphasise-alpha=off): the last one given
+    // counts, and --no-NAME=VALUE turns the value round.
     for (const auto& flag : flags) {
+        const Parameter& p = *flag->parameter;
         if (flag->on->count() > 0)
-            effect.Set(*flag->parameter, 1.0);
+            effect.Set(p, parseParameterValue(p, flag->on->results().back(), "--" + p.option));
         if (flag->off->count() > 0)
-            effect.Set(*flag->parameter, 0.0);
+            effect.Set(p, 1.0 - parseParameterValue(p, flag->off->results().back(), "--no-" + p.option));
     }
     for (const auto& pair : pairs) {
         if (!pair->given || pair->given->count() == 0)

@@ -1,10 +1,13 @@
 #include "tools/lumenveil/render_command.h"
 
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "embed/effect_host.h"
+#include "embed/parameter_table.h"
+#include "tools/lumenveil/cli_error.h"
 #include "hostsdk/content.h"
 #include "tools/lumenveil/depth_render.h"
 #include "tools/lumenveil/frame_memory.h"
@@ -26,7 +29,11 @@ void setParameters(EffectInstance& effect, const RenderRequest& r, const Paramet
     useLensWhenGiven(effect, parameters);
     for (const std::string& text : r.keys) {
         const KeyOption key = parseKeyOption(effect.Parameters(), text);
-        effect.SetKey(*key.parameter, key.frame / r.rate, key.value);
+        const double time = key.frame / r.rate;
+        if (!std::isfinite(time))
+            throw UsageError("--key " + text + ": frame " + formatNumber(key.frame) + " at --rate " +
+                             formatNumber(r.rate) + " lies beyond any time the effect can hold");
+        effect.SetKey(*key.parameter, time, key.value);
     }
 }
 

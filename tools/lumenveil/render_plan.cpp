@@ -145,7 +145,7 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
     setup.rows = hostFrameRows(setup.header.height, !r.exactHostFrame);
     const int32_t columns = hostFrameColumns(setup.header.width, *setup.format);
     for (long f = range.first; f <= range.last; ++f) {
-        const std::string problem = transformLimitProblem(effect, columns, setup.rows, f / r.rate);
+        const std::string problem = transformLimitProblem(effect, columns, setup.header.height, f / r.rate, setup.rows);
         if (!problem.empty())
             throw Failure("cannot render " + framePath(r.input, f) + ": " + problem);
     }
