@@ -76,6 +76,8 @@ std::string description(const Keyword& k)
     case KeywordKind::Property:
         break;
     }
+    if (!k.aliasOf.empty())
+        return "Another name of " + k.aliasOf + ": " + k.property->longName + ".";
     return k.property->longName + " (the effect's " + k.property->name + " property" +
            (k.property->animated ? ", animatable" : "") + ").";
 }

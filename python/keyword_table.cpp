@@ -21,11 +21,26 @@ std::vector<Keyword> keywordTable(const std::vector<Parameter>& properties)
         if (p.isList())
             k.choice = p.option == "engine" ? kPythonEngine : formatParameterValue(p, p.defaultValue);
         table.push_back(k);
+        for (const KeywordAlias& a : kKeywordAliases)
+            if (p.option == a.option) {
+                Keyword alias = k;
+                alias.name = a.alias;
+                alias.aliasOf = k.name;
+                table.push_back(alias);
+            }
     }
     table.push_back({"pixel_aspect", KeywordKind::PixelAspect, nullptr, nullptr, ""});
     table.push_back({"aperture", KeywordKind::Aperture, nullptr, nullptr, ""});
     table.push_back({"preset", KeywordKind::Preset, nullptr, nullptr, ""});
     return table;
+}
+
+std::string canonicalKeyword(const std::string& name)
+{
+    for (const KeywordAlias& a : kKeywordAliases)
+        if (name == a.alias)
+            return keywordNameOf(a.option);
+    return name;
 }
 
 const Keyword* findKeyword(const std::vector<Keyword>& table, const std::string& name)

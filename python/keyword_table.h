@@ -19,7 +19,16 @@ struct Keyword {
     const Parameter* property = nullptr;   // the property; X of a position
     const Parameter* propertyY = nullptr;  // Y of a position
     std::string choice;                    // a list's default entry as the module takes it ("fast" for the engine)
+    std::string aliasOf;                   // the keyword this one is another name of, or ""
 };
+
+// Shorter names NumPy users reach for first, each another name of a
+// property's keyword: (alias, the property's option name).
+struct KeywordAlias {
+    const char* alias;
+    const char* option;
+};
+inline constexpr KeywordAlias kKeywordAliases[] = {{"radius", "radius-x"}};
 
 // The engine a new effect of the Python module renders with, unless a preset
 // or a keyword names another: the faster transforms, whose pictures differ
@@ -27,9 +36,12 @@ struct Keyword {
 inline constexpr const char* kPythonEngine = "fast";
 
 // The keywords for `properties`, which must outlive the result: the
-// properties in map order, each position pair before its halves, then
-// pixel_aspect, aperture and preset.
+// properties in map order, each position pair before its halves and each
+// alias after its property, then pixel_aspect, aperture and preset.
 std::vector<Keyword> keywordTable(const std::vector<Parameter>& properties);
+
+// The keyword `name` stands for: its alias target, or `name` itself.
+std::string canonicalKeyword(const std::string& name);
 
 // "radius-x" -> "radius_x".
 std::string keywordNameOf(const std::string& optionName);

@@ -95,6 +95,10 @@ EffectValues readValues(const std::vector<Keyword>& table, const py::kwargs& key
     for (const auto& item : keywords)
         if (!findKeyword(table, item.first.cast<std::string>()))
             throw py::type_error("unexpected keyword argument '" + item.first.cast<std::string>() + "'");
+    for (const Keyword& k : table)
+        if (!k.aliasOf.empty() && keywords.contains(k.name) && keywords.contains(k.aliasOf))
+            throw py::type_error(k.name + " and " + k.aliasOf + " are two names of " + k.property->longName +
+                                 ": give one");
     EffectValues values;
     for (const Keyword& k : table) {
         if (!keywords.contains(k.name) || keywords[k.name.c_str()].is_none())

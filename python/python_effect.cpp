@@ -57,15 +57,15 @@ void PythonEffect::Set(const py::kwargs& values)
 py::object PythonEffect::Get(const std::string& name, std::optional<double> time)
 {
     auto guard = hold();
-    const Parameter& p = effect.Find(name);
-    return pythonValue(p, effect.Get(name, time ? *time : -1.0));
+    const Parameter& p = effect.Find(canonicalKeyword(name));
+    return pythonValue(p, effect.Get(p.name, time ? *time : -1.0));
 }
 
 void PythonEffect::SetKey(const std::string& name, double time, const py::handle& value)
 {
     auto guard = hold();
-    const Parameter& p = effect.Find(name);
-    effect.SetKey(name, time, propertyValue(p, value, name));
+    const Parameter& p = effect.Find(canonicalKeyword(name));
+    effect.SetKey(p.name, time, propertyValue(p, value, name));
 }
 
 void PythonEffect::LoadPreset(const py::handle& path)

@@ -50,6 +50,11 @@ def test_parameters_are_the_effects_own():
     assert (listed["bright_emphasis"]["default"], listed["bright_emphasis"]["maximum"]) == (50.0, 100.0)
     assert listed["centre"]["default"] == (0.5, 0.5) and listed["radius_psf1"]["minimum"] == 0.001
     assert listed["engine"]["default"] == "fast" and "faithful" in listed["engine"]["choices"]
+    # radius is Radius X under the name NumPy users reach for first.
+    assert listed["radius"]["property"] == "RadiusX" and listed["radius"]["default"] == 0.03
+    fx = lumenveil.Effect(radius=0.07)
+    fx.set_key("radius", 1.0, 0.09)
+    assert (fx.get("radius_x"), fx.get("radius", 1.0), fx.get("radius_y")) == (0.07, 0.09, 0.03)
     signature = inspect.signature(lumenveil.defocus)
     assert list(signature.parameters)[1:] == list(listed)
     assert signature.parameters["radius_x"].default == 0.03
