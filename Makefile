@@ -3,7 +3,7 @@
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build test test-release test-sanitize bench demo install uninstall clean
+.PHONY: all deps build test test-release test-sanitize tsan bench demo install uninstall clean
 
 all: build
 
@@ -26,6 +26,14 @@ test-sanitize: deps
 	  ctest --output-on-failure -j$(JOBS)
 
 test: test-release test-sanitize
+
+# Effects rendering at once (several effects on threads, an effect and its
+# clone) under ThreadSanitizer. Not part of `make test`: it builds a third tree.
+TSAN_TESTS ?= AtOnce|OneAtATime
+tsan: deps
+	cmake -S . -B build/tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLV_TSAN=ON -DLV_BUILD_BENCH=OFF -DLV_BUILD_PYTHON=OFF $(CMAKE_FLAGS)
+	cmake --build build/tsan -j$(JOBS) --target test_embed test_host lumenveil LumenveilVZ
+	cd build/tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 ctest --output-on-failure -R '$(TSAN_TESTS)'
 
 bench: build
 	./build/release/bench/lumenveil_bench

@@ -137,19 +137,29 @@ TEST_F(EmbeddedEffectTest, FramesOfEverySampleTypeEqualTheToolsRenders)
     }
 }
 
-TEST_F(EmbeddedEffectTest, EffectsOfDifferentSizesRenderOnThreadsAtOnce)
+TEST_F(EmbeddedEffectTest, FourEffectsOfDifferentSizesAperturesAndEnginesRenderOnThreadsAtOnce)
 {
-    // Each thread's frames, and the tool's render of each.
+    // Each thread's effect, frames, and the tool's render of each frame alone.
     struct Run {
         std::string options;
+        std::vector<std::pair<const char*, double>> values;
         std::vector<Picture> inputs, expected, outputs;
     };
-    Run runs[2];
-    runs[0].options = "--engine fast --radius-x 0.1";
-    runs[1].options = "--engine fast --shape polygon --sides 6 --radius-x 0.05";
-    for (int r = 0; r < 2; ++r)
-        for (int f = 0; f < 3; ++f) {
-            const Picture p = pattern(r ? 96 : 64, r ? 40 : 60, 4, OIIO::TypeDesc::UINT8, r * 10 + f);
+    Run runs[4] = {
+        {"--engine faithful --radius-x 0.1", {{"engine", 0}, {"radius-x", 0.1}}, {}, {}, {}},
+        {"--engine fast --shape polygon --sides 6 --radius-x 0.05",
+         {{"engine", 1}, {"shape", 2}, {"sides", 6}, {"radius-x", 0.05}}, {}, {}, {}},
+        {"--engine fast-float --shape ellipse --radius-x 0.04 --radius-y 0.09 --rotation 30",
+         {{"engine", 2}, {"shape", 1}, {"radius-x", 0.04}, {"radius-y", 0.09}, {"rotation", 30}}, {}, {}, {}},
+        {"--engine fast --shape image --radius-psf1 0.05 --radius-psf2 0.08",
+         {{"engine", 1}, {"shape", 3}, {"radius-psf1", 0.05}, {"radius-psf2", 0.08}}, {}, {}, {}},
+    };
+    // The image aperture is cut anew on each frame, over the last kernel: its
+    // frames match a sequence's, not the tool's single renders, so it gets one.
+    const int frames[4] = {3, 3, 3, 1};
+    for (int r = 0; r < 4; ++r)
+        for (int f = 0; f < frames[r]; ++f) {
+            const Picture p = pattern(64 + 16 * r, 60 - 8 * r, 4, OIIO::TypeDesc::UINT8, r * 10 + f);
             char name[16];
             std::snprintf(name, sizeof name, "t%d%d.png", r, f);
             write(name, p);
@@ -157,13 +167,11 @@ TEST_F(EmbeddedEffectTest, EffectsOfDifferentSizesRenderOnThreadsAtOnce)
             runs[r].expected.push_back(toolRender(name, runs[r].options, p));
         }
     std::vector<std::thread> threads;
-    for (int r = 0; r < 2; ++r)
+    for (int r = 0; r < 4; ++r)
         threads.emplace_back([&, r] {
             EmbeddedEffect effect(module);
-            effect.Set("engine", 1);
-            effect.Set("radius-x", r ? 0.05 : 0.1);
-            if (r)
-                effect.Set("shape", 2);
+            for (const auto& [name, value] : runs[r].values)
+                effect.Set(name, value);
             for (const Picture& p : runs[r].inputs) {
                 Picture out = p;
                 effect.Render(p.View(), out.View(), 0.0);
@@ -172,9 +180,11 @@ TEST_F(EmbeddedEffectTest, EffectsOfDifferentSizesRenderOnThreadsAtOnce)
         });
     for (std::thread& t : threads)
         t.join();
-    for (int r = 0; r < 2; ++r)
-        for (int f = 0; f < 3; ++f)
+    for (int r = 0; r < 4; ++r)
+        for (int f = 0; f < frames[r]; ++f) {
             EXPECT_TRUE(runs[r].outputs[f].bytes == runs[r].expected[f].bytes) << "thread " << r << " frame " << f;
+            EXPECT_FALSE(runs[r].outputs[f].bytes == runs[r].inputs[f].bytes) << "thread " << r << " frame " << f;
+        }
 }
 
 TEST_F(EmbeddedEffectTest, BadFramesAndValuesAreRefusedAndTheOutputIsUntouched)
