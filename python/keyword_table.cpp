@@ -17,7 +17,7 @@ std::vector<Keyword> keywordTable(const std::vector<Parameter>& properties)
         const Parameter* y = stem.empty() ? nullptr : findParameter(properties, stem + "Y");
         if (p.name.back() == 'X' && y)
             table.push_back({keywordNameOf(optionNameOf(stem)), KeywordKind::Position, &p, y, ""});
-        Keyword k{keywordNameOf(p.option), KeywordKind::Property, &p, nullptr, ""};
+        Keyword k{keywordNameOf(p.option), KeywordKind::Property, &p, nullptr, "", ""};
         if (p.isList())
             k.choice = p.option == "engine" ? kPythonEngine : formatParameterValue(p, p.defaultValue);
         table.push_back(k);

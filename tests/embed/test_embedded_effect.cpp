@@ -160,7 +160,7 @@ TEST_F(EmbeddedEffectTest, FourEffectsOfDifferentSizesAperturesAndEnginesRenderO
     for (int r = 0; r < 4; ++r)
         for (int f = 0; f < frames[r]; ++f) {
             const Picture p = pattern(64 + 16 * r, 60 - 8 * r, 4, OIIO::TypeDesc::UINT8, r * 10 + f);
-            char name[16];
+            char name[24];
             std::snprintf(name, sizeof name, "t%d%d.png", r, f);
             write(name, p);
             runs[r].inputs.push_back(p);
