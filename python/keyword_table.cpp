@@ -16,7 +16,7 @@ std::vector<Keyword> keywordTable(const std::vector<Parameter>& properties)
         const std::string stem = positionStem(p);
         const Parameter* y = stem.empty() ? nullptr : findParameter(properties, stem + "Y");
         if (p.name.back() == 'X' && y)
-            table.push_back({keywordNameOf(optionNameOf(stem)), KeywordKind::Position, &p, y, ""});
+            table.push_back({keywordNameOf(optionNameOf(stem)), KeywordKind::Position, &p, y, "", ""});
         Keyword k{keywordNameOf(p.option), KeywordKind::Property, &p, nullptr, "", ""};
         if (p.isList())
             k.choice = p.option == "engine" ? kPythonEngine : formatParameterValue(p, p.defaultValue);
@@ -29,9 +29,9 @@ std::vector<Keyword> keywordTable(const std::vector<Parameter>& properties)
                 table.push_back(alias);
             }
     }
-    table.push_back({"pixel_aspect", KeywordKind::PixelAspect, nullptr, nullptr, ""});
-    table.push_back({"aperture", KeywordKind::Aperture, nullptr, nullptr, ""});
-    table.push_back({"preset", KeywordKind::Preset, nullptr, nullptr, ""});
+    table.push_back({"pixel_aspect", KeywordKind::PixelAspect, nullptr, nullptr, "", ""});
+    table.push_back({"aperture", KeywordKind::Aperture, nullptr, nullptr, "", ""});
+    table.push_back({"preset", KeywordKind::Preset, nullptr, nullptr, "", ""});
     return table;
 }
 
