@@ -1,6 +1,7 @@
 // lumenveil render --depth and lumenveil focus: the depth-of-field effect
 // through the tool, its circle-of-confusion picture against the thin-lens
 // rule, and bad depth input refused with nothing written.
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 
@@ -99,6 +100,42 @@ TEST_F(Depth, DepthFromANamedChannelAndTheFocusCommand)
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_NE(r.out.find("depth 4"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("blur radius 1.00 px behind the focus"), std::string::npos) << r.out;
+}
+
+// Depth maps follow the frame pattern, the focus follows its keys, and a
+// saved preset carries the depth values: each circle-of-confusion picture
+// against r_inf |z - zf| / z, with r_inf = 0.1 x 0.5 x 40 = 2 px, clamped to
+// the maximum of 0.3 x 0.5 x 40 = 6 px.
+TEST_F(Depth, SequencesKeysAndPresetsAsForThePlainEffect)
+{
+    const Picture frame = read("in.exr"), ramp = read("z.exr"), flat = read("flat.exr");
+    for (int f = 0; f < 3; ++f)
+        write("in." + std::to_string(f) + ".exr", frame);
+    write("z.0.exr", flat);
+    write("z.1.exr", ramp);
+    write("z.2.exr", ramp);
+    const double rInf = 0.1 * 0.5 * W, most = 0.3 * 0.5 * W;
+    auto expectCoc = [&](const std::string& name, const Picture& depth, double focus) {
+        const Picture coc = read(name);
+        for (int x = 0; x < W; ++x) {
+            const double z = depth.at(x, H / 2, 0);
+            EXPECT_NEAR(coc.at(x, H / 2, 0), std::min(rInf * std::fabs(z - focus) / z, most), 1e-4) << name << " x " << x;
+        }
+    };
+    // Frame 0's depth is at the focus everywhere, frames 1 and 2 a ramp; the
+    // focus goes from 3.2 m at frame 0 to 5.2 m at frame 2, 4.2 m at frame 1.
+    ToolRun r = run({"render", "in.%d.exr", "-o", "out.%d.exr", "--frames", "0-2", "--depth", "z.%d.exr",
+                     "--radius-infinity", "0.1", "--max-radius", "0.3", "--key", "focus=0:3.2", "--key",
+                     "focus=2:5.2", "--rate", "1", "--coc", "coc.%d.exr", "--save-preset", "depth.json", "-q"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    expectCoc("coc.0.exr", flat, 3.2);
+    expectCoc("coc.1.exr", ramp, 4.2);
+    expectCoc("coc.2.exr", ramp, 5.2);
+    // The preset holds the radius, the maximum and the keys.
+    r = run({"render", "in.1.exr", "-o", "again.exr", "--depth", "z.1.exr", "--preset", "depth.json", "--coc",
+             "again-coc.exr", "-q"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    expectCoc("again-coc.exr", ramp, 3.2);  // a still is frame 0: the first key's focus
 }
 
 TEST_F(Depth, BadDepthInputIsOneClearErrorAndWritesNothing)
