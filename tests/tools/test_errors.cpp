@@ -167,6 +167,11 @@ TEST_F(Errors, DamagedFilesAndMoviesAreRefusedInOneLineBeforeAnythingIsWritten)
             cut(path(std::string("good.") + kind), path("cut" + std::to_string(percent) + "." + kind), percent);
     cut(path("good.png"), path("head.png"), 1);  // inside the header chunk
     cut(path("good.tif"), path("cut10.tif"), 10);
+    // Whole, but with damaged pixel data: libpng's own complaint is not shown.
+    std::string damaged = bytes("good.png");
+    for (size_t i = 200; i < 400; ++i)
+        damaged[i] = char(damaged[i] ^ 0x55);
+    std::ofstream(path("damaged.png"), std::ios::binary) << damaged;
     // Movie containers, by their first bytes or by their names.
     std::ofstream(path("clip.mp4"), std::ios::binary) << std::string("\0\0\0\x18" "ftypisom\0\0\2\0isomiso2", 24);
     std::ofstream(path("clip.mkv"), std::ios::binary) << "\x1A\x45\xDF\xA3" << std::string(40, '\x42');
@@ -181,6 +186,7 @@ TEST_F(Errors, DamagedFilesAndMoviesAreRefusedInOneLineBeforeAnythingIsWritten)
     before = files();
     for (const char* name : {"cut50.png", "cut90.png", "head.png"})
         expectRefused({"render", name, "-o", "keep.png"}, 1, std::string("cannot read ") + name + ": the file ends");
+    expectRefused({"render", "damaged.png", "-o", "keep.png"}, 1, "cannot read damaged.png: ");
     // JPEG fills what is missing with grey unless its complaint is heard.
     for (const char* name : {"cut50.jpg", "cut90.jpg"})
         expectRefused({"render", name, "-o", "keep.png"}, 1, std::string("cannot read ") + name + ": ");

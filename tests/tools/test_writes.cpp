@@ -172,22 +172,28 @@ TEST_F(Writes, EveryFormatFailsCleanlyOnAFullFileSystem)
 
 TEST_F(Writes, FilesOfOneRunAreReplacedTogetherOnlyOnceAllAreWritten)
 {
-    // The frame (a few hundred bytes of PNG) fits, its overlay (PPM, some
-    // 9 kB) does not: neither is replaced, and the preset is not written.
-    earlier("keep.png");
-    earlier("keep.ppm");
-    fileSizeLimit = 4096;
-    const ToolRun r = run({"render", "smooth.png", "-o", "keep.png", "--overlay", "keep.ppm", "--save-preset", "p.json"});
-    fileSizeLimit = 0;
-    expectFailedWrite(r, "keep.ppm", "overlay");
-    EXPECT_EQ(bytes("keep.png"), kEarlier);
-    EXPECT_FALSE(fs::exists(path("p.json")));
-    // The same run with room writes all three.
-    ASSERT_EQ(run({"render", "smooth.png", "-o", "keep.png", "--overlay", "keep.ppm", "--save-preset", "p.json"}).exitCode,
-              0);
-    EXPECT_EQ(read("keep.png").width, 64);
-    EXPECT_EQ(read("keep.ppm").width, 64);
-    EXPECT_NE(bytes("p.json").find('{'), std::string::npos);
+    // The frame (a few hundred bytes of PNG) fits, its overlay or
+    // point-spread picture (PPM, some 9 kB) does not: the frame is not
+    // replaced, and the preset is not written. The overlay fails while the
+    // frame's rows are written, the point-spread picture after the frame's
+    // file is finished.
+    for (const char* option : {"--overlay", "--psf"}) {
+        earlier("keep.png");
+        earlier("keep.ppm");
+        fileSizeLimit = 4096;
+        const ToolRun r = run({"render", "smooth.png", "-o", "keep.png", option, "keep.ppm", "--save-preset", "p.json"});
+        fileSizeLimit = 0;
+        expectFailedWrite(r, "keep.ppm", option);
+        EXPECT_EQ(bytes("keep.png"), kEarlier) << option;
+        EXPECT_FALSE(fs::exists(path("p.json"))) << option;
+        // The same run with room writes all three.
+        ASSERT_EQ(run({"render", "smooth.png", "-o", "keep.png", option, "keep.ppm", "--save-preset", "p.json"}).exitCode,
+                  0);
+        EXPECT_EQ(read("keep.png").width, 64);
+        EXPECT_EQ(read("keep.ppm").width, 64);
+        EXPECT_NE(bytes("p.json").find('{'), std::string::npos);
+        fs::remove(path("p.json"));
+    }
 }
 
 TEST_F(Writes, TemporariesOfAKilledRunAreRemovedByExactNameAndOnlyWhenNoWriterHoldsThem)

@@ -4,35 +4,23 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/image_input.h"
+#include "tools/lumenveil/quiet_stderr.h"
 
 namespace {
 
 // Closes a writer given up on after a failure. Some (PNG) complain about
 // the unfinished file on stderr themselves as they close; that is no news
-// after the failure the tool reports, so stderr is sent to /dev/null
-// meanwhile. Only the writing thread closes writers, and the tool prints its
-// own message once that thread is done.
+// after the failure the tool reports.
 void abandon(OIIO::ImageOutput& out)
 {
-    std::fflush(stderr);
-    const int saved = dup(STDERR_FILENO);
-    const int null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (saved >= 0 && null >= 0)
-        dup2(null, STDERR_FILENO);
+    QuietStderr quiet;
     out.close();
     out.geterror();
-    if (saved >= 0 && null >= 0)
-        dup2(saved, STDERR_FILENO);
-    if (null >= 0)
-        ::close(null);
-    if (saved >= 0)
-        ::close(saved);
 }
 
 // "" when the file at `path` is on disk and reads back as `layout` whole
@@ -47,6 +35,7 @@ std::string readBackProblem(const std::string& path, const std::string& format, 
     ::close(fd);
     if (!synced)
         return std::strerror(error);
+    QuietStderr quiet;
     auto in = OIIO::ImageInput::create(format);
     OIIO::ImageSpec read;
     if (!in || !in->open(path, read))

@@ -5,6 +5,7 @@
 #include "tools/lumenveil/checked_image_output.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/image_input.h"
+#include "tools/lumenveil/quiet_stderr.h"
 
 namespace {
 
@@ -54,6 +55,7 @@ std::vector<float> readDepth(const DepthSource& source, int width, int height)
         throw Failure("the depth map " + source.path + " is " + sizeText(layout.width, layout.height) +
                       " but the frame is " + sizeText(width, height) + ": they must be the same size");
     std::vector<float> depth(static_cast<size_t>(width) * height);
+    QuietStderr quiet;
     if (!in->read_image(0, 0, channel, channel + 1, OIIO::TypeDesc::FLOAT, depth.data()) || in->has_error())
         throw Failure("cannot read the depth map " + source.path + ": " + readerReason(in->geterror()));
     return depth;

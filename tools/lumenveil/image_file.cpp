@@ -13,6 +13,7 @@
 #include "tools/lumenveil/checked_image_output.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/image_input.h"
+#include "tools/lumenveil/quiet_stderr.h"
 
 namespace {
 
@@ -122,6 +123,7 @@ ImageReader::ImageReader(const std::string& path, bool layers) : file(std::make_
 
 ImageReader::~ImageReader()
 {
+    QuietStderr quiet;
     // What the reader still has to say after a failure is taken here, not
     // left for it to print.
     file->in->close();
@@ -142,6 +144,7 @@ void ImageReader::ReadRows(int y, int count, float* rgba)
     };
     // Tiled files are read whole on the first call; the others a chunk at a time.
     const bool tiled = layout.tile_width > 0;
+    QuietStderr quiet;
     if (tiled && file->samples.empty()) {
         file->samples.resize(rowBytes * layout.height);
         if (!file->in->read_image(0, 0, 0, n, type, file->samples.data()) || file->in->has_error())

@@ -12,6 +12,7 @@
 
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/file_structure.h"
+#include "tools/lumenveil/quiet_stderr.h"
 
 namespace {
 
@@ -131,6 +132,7 @@ std::unique_ptr<OIIO::ImageInput> openImageInput(const std::string& path, const 
                       "), not an image: give its frames as numbered image files");
     if (const std::string problem = fileStructureProblem(path); !problem.empty())
         throw Failure("cannot read " + label + ": " + problem);
+    QuietStderr quiet;
     auto in = OIIO::ImageInput::create(path, false, config);
     if (!in)
         throw Failure("cannot read " + label + ": " + readerReason(OIIO::geterror(), "not an image file"));
