@@ -55,21 +55,28 @@ std::string readBackProblem(const std::string& path, const std::string& format, 
 
 }  // namespace
 
-std::string imageOutputFormat(const std::string& path)
+namespace {
+
+// The writer OpenImageIO has for `path`'s name; Failure when there is none
+// or it makes no file.
+std::unique_ptr<OIIO::ImageOutput> writerFor(const std::string& path)
 {
     auto out = OIIO::ImageOutput::create(path);
     const std::string format = out ? out->format_name() : "";
     OIIO::geterror();  // the reason create left, told here in our words
     if (format.empty() || format == "null" || format == "term")
         throw Failure("cannot write " + path + ": no image file format for its name (lumenveil formats lists them)");
-    return format;
+    return out;
 }
+
+}  // namespace
+
+std::string imageOutputFormat(const std::string& path) { return writerFor(path)->format_name(); }
 
 CheckedImageOutput::CheckedImageOutput(const std::string& target, const OIIO::ImageSpec& imageLayout)
     : layout(imageLayout)
 {
-    imageOutputFormat(target);
-    out = OIIO::ImageOutput::create(target);
+    out = writerFor(target);
     staged = StagedFile(target);
     if (out->supports("ioproxy")) {
         proxy = std::make_unique<CheckedFile>(staged.Temporary(), staged.Descriptor());

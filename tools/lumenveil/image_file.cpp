@@ -193,8 +193,8 @@ ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleD
     }
     file->width = width;
     file->channels = written;
-    file->type = writesAsHanded(imageOutputFormat(path), depth) ? typeOf(depth) : OIIO::TypeDesc::FLOAT;
     file->out = std::make_unique<CheckedImageOutput>(path, layout);
+    file->type = writesAsHanded(file->out->FormatName(), depth) ? typeOf(depth) : OIIO::TypeDesc::FLOAT;
 }
 
 ImageWriter::~ImageWriter() = default;
