@@ -38,7 +38,7 @@ const DepthRow kDepthRows[] = {
     {PROPID_FocalLength, KEY_FOCAL_LENGTH, DS_CAP_ANIMATED, VT_R8, 110, 111, 50.0, 1.0, 2000.0},
     {PROPID_SensorWidth, KEY_SENSOR_WIDTH, DS_CAP_PLAIN, VT_R8, 112, 113, 36.0, 1.0, 100.0},
     {PROPID_DepthUnit, KEY_DEPTH_UNIT, DS_CAP_PLAIN, VT_R8, 114, 115, 1000.0, 0.001, 1.0e6},
-    {PROPID_Focus, KEY_FOCUS, DS_CAP_ANIMATED, VT_R8, 116, 117, 1.0, 0.001, 1.0e6},
+    {PROPID_Focus, KEY_FOCUS, DS_CAP_ANIMATED, VT_R8, 116, 117, 1.0, kFocusLowest, kFocusHighest},
     {PROPID_MaxRadius, KEY_MAX_RADIUS, DS_CAP_ANIMATED, VT_R8, 118, 119, 0.05, 0.0, 0.3},
     {PROPID_DepthKind, KEY_DEPTH_KIND, DS_CAP_PLAIN, VT_I4, 120, 121, 0, 0, kDepthKindCount - 1, kDepthKindNames,
      kDepthKindCount},

@@ -34,6 +34,10 @@ enum DepthPropertyKey : uint32_t {
     KEY_LAYER_SPACING = 0xFFFF0448,
 };
 
+// The Focus property's range, in the depth's unit or scale.
+inline constexpr double kFocusLowest = 0.001;
+inline constexpr double kFocusHighest = 1.0e6;
+
 // The Depth Kind list's texts, in list order (DepthKind).
 inline constexpr const char* kDepthKindNames[] = {"Distance", "Normalised"};
 inline constexpr int kDepthKindCount = 2;

@@ -28,6 +28,7 @@ const StringEntry kStrings[] = {
     {79, "Transform engine"},
     // The depth-of-field effect.
     {100, "Lumenveil Depth"},  {101, "Lumenveil Depth"},  {102, "Depth"},
+    {103, "Lumenveil Depth"},
     {104, "Radius Infinity"},  {105, "Radius at Infinity"}, {106, "Use Lens"},
     {107, "Radius from Lens"}, {108, "F-Stop"},           {109, "F-Stop"},
     {110, "Focal Length"},     {111, "Focal Length (mm)"}, {112, "Sensor Width"},
@@ -35,6 +36,7 @@ const StringEntry kStrings[] = {
     {116, "Focus"},            {117, "Focus Distance"},   {118, "Max Radius"},
     {119, "Maximum Radius"},   {120, "Depth Kind"},       {121, "Depth Kind"},
     {122, "Layer Spacing"},    {123, "Layer Spacing"},
+    {124, "Focus Picker"},     {125, "Overlay: click the frame to focus there"},
 };
 
 }  // namespace

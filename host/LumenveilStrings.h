@@ -14,6 +14,8 @@ enum LumenveilString : uint32_t {
     IDS_DEPTH_EFFECT_NAME = 100,
     IDS_DEPTH_EFFECT_LONG_NAME = 101,
     IDS_DEPTH = 102,
+    IDS_DEPTH_PAGE_NAME = 103,
+    IDS_FOCUS_PICKER_NAME = 124,
 };
 
 // The text of string `id`, or null when the module has none.

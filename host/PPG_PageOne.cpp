@@ -59,8 +59,10 @@ const Range kRanges[] = {{20, 0.0, 0.3},   {24, 0.0, 0.3},   {28, 3.0, 20.0},   
 
 }  // namespace
 
-PPG_PageOne::PPG_PageOne()
-    : CDSPropertyPage(IDD_PAGE_ONE, IDS_PAGE_NAME),
+PPG_PageOne::PPG_PageOne() : PPG_PageOne(IDD_PAGE_ONE, IDS_PAGE_NAME, CLSID_IT) {}
+
+PPG_PageOne::PPG_PageOne(uint32_t dialog, uint32_t title, const GUID& toolClass)
+    : CDSPropertyPage(dialog, title),
       serverLockTaken(0),
       lumenveil(nullptr),
       overlayContext(0),
@@ -87,7 +89,7 @@ PPG_PageOne::PPG_PageOne()
         serverLockTaken = 1;
     }
     // A failure leaves the page without its tool: the Overlay button does nothing.
-    CoCreateInstance(CLSID_IT, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, reinterpret_cast<void**>(&tool));
+    CoCreateInstance(toolClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, reinterpret_cast<void**>(&tool));
 }
 
 PPG_PageOne::~PPG_PageOne()
@@ -110,12 +112,14 @@ void* PPG_PageOne::FindInterface(const GUID& iid)
 
 HRESULT PPG_PageOne::OpenOn(IUnknown* effect) { return Open(effect, &PageOneDialog()); }
 
-CDSPPGControlMap* PPG_PageOne::GetControlMap()
+CDSPPGControlMap* PageOneControlMap()
 {
     if (g_controlMap.Count() < 0)
         g_controlMap.Initialize();
     return &g_controlMap;
 }
+
+CDSPPGControlMap* PPG_PageOne::GetControlMap() { return PageOneControlMap(); }
 
 void PPG_PageOne::attachControls(CDSBasePropertyPage* page)
 {

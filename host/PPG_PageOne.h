@@ -19,6 +19,9 @@ inline constexpr int32_t kOverlayContextKind = 3;
 
 // The page's dialog.
 const DSDialogTemplate& PageOneDialog();
+// The page's control map, initialised: the rows of the shared aperture and
+// emphasis controls, which a page built on this one takes over.
+CDSPPGControlMap* PageOneControlMap();
 
 class PPG_PageOne : public CDSPropertyPage, public CDSComObject<IUnknown> {
 public:
@@ -71,4 +74,9 @@ private:
     void announceChange();
     // IID_IDSPropertyPage: the page part.
     void* FindInterface(const GUID& iid) override;
+
+protected:
+    // A page built on this one: its own dialog and title, and the class of
+    // the interactive tool its Overlay button starts.
+    PPG_PageOne(uint32_t dialogId, uint32_t titleId, const GUID& toolClass);
 };

@@ -47,6 +47,7 @@ PlugDepth::PlugDepth()
       layerSpacing(1.0)
 {
     bindDepthValues();
+    SetPropertyPageClass(CLSID_PPG_DepthPage);
 }
 
 PlugDepth::PlugDepth(const PlugDepth& source)

@@ -3,9 +3,11 @@
 #include <exception>
 
 #include "host/CDsClassFactory.h"
+#include "host/DepthIT.h"
 #include "host/LumenveilProperties.h"
 #include "host/IT.h"
 #include "host/LumenveilStrings.h"
+#include "host/PPG_DepthPage.h"
 #include "host/PPG_PageOne.h"
 #include "host/Plug.h"
 #include "host/PlugDepth.h"
@@ -39,6 +41,8 @@ const ClassRow kClasses[] = {
     {&CLSID_PPG_PageOne, IDS_PAGE_NAME, makeFactory<PPG_PageOne>},
     {&CLSID_IT, IDS_TOOL_NAME, makeFactory<IT>},
     {&CLSID_PlugDepth, IDS_DEPTH_EFFECT_NAME, makeFactory<PlugDepth>},
+    {&CLSID_PPG_DepthPage, IDS_DEPTH_PAGE_NAME, makeFactory<PPG_DepthPage>},
+    {&CLSID_DepthIT, IDS_FOCUS_PICKER_NAME, makeFactory<DepthIT>},
 };
 
 // The host's families the effect belongs to, ending in a null GUID.

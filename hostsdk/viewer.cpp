@@ -34,3 +34,14 @@ HRESULT vwGetViewportInfo(VWViewer* viewer, tagVWVIEWPORTINFO* info)
     *info = viewer->viewport;
     return S_OK;
 }
+
+HRESULT vwFetchInput(VWViewer* viewer, int32_t index, double time, IUnknown** image)
+{
+    if (!viewer || !image)
+        return E_POINTER;
+    *image = nullptr;
+    if (!viewer->inputs)
+        return E_NOTIMPL;
+    // A viewer shows one execution at a time: no execute context of its own.
+    return viewer->inputs->FetchInput(index, time, 0, image);
+}

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+#include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/gl.h"
 #include "hostsdk/hresult.h"
 
@@ -54,6 +55,10 @@ struct tagVWVIEWPORTINFO {
 // A viewer, owned by the host.
 struct VWViewer {
     tagVWVIEWPORTINFO viewport;
+    // The inputs of the effect the viewer shows (its host link), for a tool
+    // that reads them, as a depth-of-field effect's focus picker reads its
+    // Depth input; null when the viewer offers none. Not owned.
+    IDSImageEffectHost* inputs = nullptr;
 };
 
 // Starts drawing on `surface`: copies its geometry into `glSurface` and makes
@@ -66,3 +71,9 @@ HRESULT vwSurfaceBeginRenderOpenGL(VWSurface* surface, tagVWOPENGLSURFACE* glSur
 HRESULT vwSurfaceEndRenderOpenGL(VWSurface* surface);
 // Copies the viewer's viewport information into `info`. E_POINTER for null.
 HRESULT vwGetViewportInfo(VWViewer* viewer, tagVWVIEWPORTINFO* info);
+// A counted reference to the image of input `index` (as the effect's input
+// table numbers it) of the effect the viewer shows, at `time` seconds, into
+// `image`. E_POINTER for a null argument; E_NOTIMPL, with `image` null, when
+// the viewer offers no inputs; otherwise the host link's answer (E_FAIL for an
+// input that is not connected).
+HRESULT vwFetchInput(VWViewer* viewer, int32_t index, double time, IUnknown** image);

@@ -56,6 +56,7 @@ struct Commands {
     RenderRequest request;
     FocusRequest focusRequest;
     std::string demoDirectory = "lumenveil-demo";
+    bool depthPage = false;
     CLI::App* render = nullptr;
     CLI::App* demo = nullptr;
     CLI::App* info = nullptr;
@@ -77,6 +78,7 @@ void addCommands(CLI::App& app, Commands& c, const std::vector<Parameter>& param
     c.demo->add_option("--out", c.demoDirectory, "Directory for the pictures")->capture_default_str();
     c.info = app.add_subcommand("info", "The effect's name, class, inputs and parameters");
     c.page = app.add_subcommand("page", "The effect's property page as text, for the parameters given");
+    c.page->add_flag("--depth", c.depthPage, "Lumenveil Depth's page, with its depth controls");
     c.pageParameters = std::make_unique<ParameterOptions>(*c.page, parameters);
     c.formats = app.add_subcommand("formats", "The host pixel formats and the image file formats");
     c.focus = app.add_subcommand("focus", "The depth and blur radius of one pixel of a depth map (Lumenveil Depth)");
@@ -101,7 +103,7 @@ int runCommand(const Commands& c, const EffectModule* module, const std::string&
         else if (c.info->parsed())
             printEffectInfo(*module);
         else if (c.page->parsed())
-            printPage(*module, *c.pageParameters);
+            printPage(*module, *c.pageParameters, c.depthPage);
         else if (c.focus->parsed())
             printFocus(*module, c.focusRequest, *c.focusParameters);
     } catch (const UsageError& e) {

@@ -5,13 +5,16 @@
 #include "hostsdk/CDSPropertyPage.h"
 #include "tools/lumenveil/cli_error.h"
 #include "embed/effect_instance.h"
+#include "tools/lumenveil/depth_render.h"
 
-void printPage(const EffectModule& module, const ParameterOptions& parameters)
+void printPage(const EffectModule& module, const ParameterOptions& parameters, bool depth)
 {
-    EffectInstance effect(module.CreateEffect());
+    EffectInstance effect = makeRenderEffect(module, depth, parameters);
     parameters.Apply(effect);
+    if (depth)
+        useLensWhenGiven(effect, parameters);
     HRESULT status = S_OK;
-    ComRef<IUnknown> object = module.CreateObject(kPageClassId, &status);
+    ComRef<IUnknown> object = module.CreateObject(depth ? kDepthPageClassId : kPageClassId, &status);
     CDSPropertyPage* page = nullptr;
     if (object)
         object->QueryInterface(IID_IDSPropertyPage, reinterpret_cast<void**>(&page));
