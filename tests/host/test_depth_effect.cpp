@@ -11,6 +11,8 @@
 #include "host/LumenveilProperties.h"
 #include "host/Plug.h"
 #include "host/PlugDepth.h"
+#include "hostsdk/CDSInteractiveTool.h"
+#include "hostsdk/CDSPropertyPage.h"
 #include "hostsdk/IDSImage.h"
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSImageEffectHost.h"
@@ -122,6 +124,33 @@ TEST_F(DepthEffect, MissingOrBadDepthIsAnErrorThatWritesNothing)
     connectDepth(MFIF_RGBA_FLOAT, W, H, 1.0f);
     EXPECT_FALSE(outputUntouched(S_OK));
     EXPECT_EQ(std::memcmp(output->Data(), input->Data(), input->Bytes()), 0);
+}
+
+TEST_F(DepthEffect, TheModuleServesItsPageAndFocusPicker)
+{
+    auto make = [](const GUID& clsid) {
+        ComRef<IClassFactory> factory;
+        ComRef<IUnknown> object;
+        EXPECT_EQ(module->DllGetClassObject(clsid, IID_IClassFactory, factory.out()), S_OK) << FormatGuid(clsid);
+        if (factory)
+            EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, object.out()), S_OK);
+        return object;
+    };
+    const ComRef<IUnknown> pageObject = make(CLSID_PPG_DepthPage);
+    ASSERT_TRUE(pageObject);
+    CDSPropertyPage* page = nullptr;
+    ASSERT_EQ(pageObject->QueryInterface(IID_IDSPropertyPage, reinterpret_cast<void**>(&page)), S_OK);
+    ASSERT_EQ(page->OpenOn(effect.get()), S_OK);
+    const std::string text = page->DescribeState();
+    page->Close();
+    pageObject->Release();  // the query's reference
+    for (const char* label : {"Shape ", "Bright Emphasis ", "Use Lens ", "Radius Infinity ", "Focus ", "Depth Kind "})
+        EXPECT_NE(text.find(label), std::string::npos) << label << "\n" << text;
+    const ComRef<IUnknown> picker = make(CLSID_DepthIT);
+    ASSERT_TRUE(picker);
+    CDSInteractiveTool* tool = nullptr;
+    ASSERT_EQ(picker->QueryInterface(IID_IDSInteractiveTool, reinterpret_cast<void**>(&tool)), S_OK);
+    picker->Release();
 }
 
 }  // namespace

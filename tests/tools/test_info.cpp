@@ -119,4 +119,24 @@ TEST_F(Info, SwitchesTakeAValueAfterAnEqualsSign)
     EXPECT_NE(maybe.err.find("\"maybe\" is not on or off"), std::string::npos) << maybe.err;
 }
 
+TEST_F(Info, DepthPageShowsTheLensValuesOrTheRadiusAndRefusesDepthValuesWithoutIt)
+{
+    const ToolRun radius = run({"page", "--depth", "--focus", "3.2", "--shape", "polygon"});
+    ASSERT_EQ(radius.exitCode, 0) << radius.err;
+    EXPECT_NE(pageLine(radius.out, "Sides").find("shown"), std::string::npos) << radius.out;
+    EXPECT_NE(pageLine(radius.out, "Radius Infinity").find("shown value=0.02"), std::string::npos) << radius.out;
+    EXPECT_NE(pageLine(radius.out, "F-Stop").find("hidden"), std::string::npos) << radius.out;
+    EXPECT_NE(pageLine(radius.out, "Focus").find("shown value=3.2"), std::string::npos) << radius.out;
+    // A lens value switches Use Lens on, as in a render.
+    const ToolRun lens = run({"page", "--depth", "--f-stop", "4"});
+    ASSERT_EQ(lens.exitCode, 0) << lens.err;
+    EXPECT_NE(pageLine(lens.out, "Use Lens").find("checked"), std::string::npos) << lens.out;
+    EXPECT_NE(pageLine(lens.out, "F-Stop").find("shown value=4"), std::string::npos) << lens.out;
+    EXPECT_NE(pageLine(lens.out, "Radius Infinity").find("hidden"), std::string::npos) << lens.out;
+    const ToolRun plain = run({"page", "--focus", "3.2"});
+    EXPECT_NE(plain.exitCode, 0);
+    EXPECT_NE(plain.err.find("--focus needs --depth"), std::string::npos) << plain.err;
+    EXPECT_EQ(plain.out, "");
+}
+
 }  // namespace
