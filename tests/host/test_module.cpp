@@ -115,7 +115,7 @@ TEST_F(Module, ClassObjectsHoldTheUnloadCount)
 TEST_F(Module, RegistersItsClassesAndFamilies)
 {
     ASSERT_EQ(module->DllRegisterServer(), S_OK);
-    EXPECT_EQ(DSListRegisteredEffects().size(), 4u);  // effect, page, tool and the depth effect
+    EXPECT_EQ(DSListRegisteredEffects().size(), 6u);  // both effects, their pages and their tools
     const std::vector<RegisteredFamilies> families = DSListRegisteredFamilies();
     ASSERT_EQ(families.size(), 2u);  // both effects
     EXPECT_EQ(families[0].families.size(), 4u);
