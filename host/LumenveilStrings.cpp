@@ -36,7 +36,7 @@ const StringEntry kStrings[] = {
     {116, "Focus"},            {117, "Focus Distance"},   {118, "Max Radius"},
     {119, "Maximum Radius"},   {120, "Depth Kind"},       {121, "Depth Kind"},
     {122, "Layer Spacing"},    {123, "Layer Spacing"},
-    {124, "Focus Picker"},     {125, "Overlay: click the frame to focus there"},
+    {124, "Focus Picker"},
 };
 
 }  // namespace

@@ -5,8 +5,11 @@
 #include <string>
 
 #include "hostsdk/CDSInteractiveTool.h"
+#include "hostsdk/IDSImage.h"
+#include "hostsdk/IDSImageEffectHost.h"
 #include "hostsdk/PropertiesOperator.h"
 #include "hostsdk/viewer.h"
+#include "hostsdk/image_formats.h"
 #include "hostsdk/viewer_contexts.h"
 
 namespace {
@@ -133,6 +136,28 @@ TEST(ViewerContexts, PushListsRemoveTakesAwayAndNullArgumentsAreRefused)
     EXPECT_EQ(VWControllerRemoveContext(0), E_INVALIDARG);
     EXPECT_EQ(VWControllerRemoveContext(b), S_OK);
     EXPECT_EQ(VWControllerListContexts().size(), before);
+}
+
+TEST(ViewerInputs, AViewerHandsOutTheInputsOfItsEffectOnlyWhenItHasThem)
+{
+    VWViewer viewer;
+    IUnknown* image = reinterpret_cast<IUnknown*>(&viewer);  // anything not null
+    EXPECT_EQ(vwFetchInput(&viewer, 2, 0.0, &image), E_NOTIMPL);
+    EXPECT_EQ(image, nullptr);
+    EXPECT_EQ(vwFetchInput(nullptr, 2, 0.0, &image), E_POINTER);
+    EXPECT_EQ(vwFetchInput(&viewer, 2, 0.0, nullptr), E_POINTER);
+
+    ImageEffectHost host;
+    MemoryImage* depth = MemoryImage::Create(MFIF_RGBA_FLOAT, 4, 3);
+    host.SetInput(2, depth);
+    viewer.inputs = &host;
+    // A counted reference to the very image, by the index; none for another.
+    ASSERT_EQ(vwFetchInput(&viewer, 2, 1.5, &image), S_OK);
+    EXPECT_EQ(image, static_cast<IUnknown*>(depth));
+    EXPECT_EQ(image->Release(), 2u);  // the creator's and the host's remain
+    EXPECT_EQ(vwFetchInput(&viewer, 1, 1.5, &image), E_FAIL);
+    EXPECT_EQ(image, nullptr);
+    depth->Release();
 }
 
 }  // namespace
