@@ -132,8 +132,9 @@ TEST_F(DepthEffect, TheModuleServesItsPageAndFocusPicker)
         ComRef<IClassFactory> factory;
         ComRef<IUnknown> object;
         EXPECT_EQ(module->DllGetClassObject(clsid, IID_IClassFactory, factory.out()), S_OK) << FormatGuid(clsid);
-        if (factory)
+        if (factory) {
             EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, object.out()), S_OK);
+        }
         return object;
     };
     const ComRef<IUnknown> pageObject = make(CLSID_PPG_DepthPage);
