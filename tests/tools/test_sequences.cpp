@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <thread>
+#include <vector>
 
 #include "tool_fixture.h"
 
@@ -37,11 +38,11 @@ TEST_F(Sequences, SplitOverThreeProcessesWithParallelGivesTheBytesOfOneRun)
         GTEST_SKIP() << "GNU parallel is not installed (scripts/install-deps installs it)";
     for (int f = 0; f < 6; ++f)
         write("in." + std::to_string(1000 + f).substr(1) + ".png", frame(48, 40, f), OIIO::TypeDesc::UINT8);
-    const ToolRun whole = run({"render", "in.###.png", "-o", "one.###.png", "--frames", "0-5", "--shape", "polygon",
+    const ToolRun whole = run({"render", "in.@@@.png", "-o", "one.@@@.png", "--frames", "0-5", "--shape", "polygon",
                                "--radius-x", "0.1"});
     ASSERT_EQ(whole.exitCode, 0) << whole.err;
     const std::string command = "cd " + directory + " && parallel --halt now,fail=1 -j3 '" LUMENVEIL_TOOL_PATH
-                                " render in.###.png -o split.###.png --frames {} --shape polygon --radius-x 0.1 "
+                                " render in.@@@.png -o split.@@@.png --frames {} --shape polygon --radius-x 0.1 "
                                 "--quiet' ::: 0-1 2-3 4-5";
     ASSERT_EQ(std::system(command.c_str()), 0);
     for (int f = 0; f < 6; ++f) {
@@ -49,6 +50,48 @@ TEST_F(Sequences, SplitOverThreeProcessesWithParallelGivesTheBytesOfOneRun)
         EXPECT_FALSE(bytes("one." + number + ".png").empty());
         EXPECT_EQ(bytes("one." + number + ".png"), bytes("split." + number + ".png")) << "frame " << f;
     }
+}
+
+TEST_F(Sequences, FrameListsStepsDigitPatternsRenumberingAndClamping)
+{
+    // Frames 1 to 12, numbered with four digits: "#".
+    for (int f = 1; f <= 12; ++f)
+        write("in." + std::to_string(10000 + f).substr(1) + ".png", frame(16, 12, f), OIIO::TypeDesc::UINT8);
+    auto outputs = [this](const std::string& prefix) {
+        std::vector<std::string> names;
+        for (const std::string& name : files())
+            if (name.rfind(prefix, 0) == 0)
+                names.push_back(name);
+        return names;
+    };
+    // 1-9x4 is 1, 5, 9; with 11, four frames, written with five digits ("@@@@@").
+    ToolRun r = run({"render", "in.#.png", "-o", "out.@@@@@.png", "--frames", "1-9x4,11", "-q"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(outputs("out."),
+              (std::vector<std::string>{"out.00001.png", "out.00005.png", "out.00009.png", "out.00011.png"}));
+    // Frames 3 to 5 written as 101 to 103; frame 101 is frame 3's picture.
+    r = run({"render", "in.#.png", "-o", "re.%04d.png", "--frames", "3-5", "--renumber", "101", "-q"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(outputs("re."), (std::vector<std::string>{"re.0101.png", "re.0102.png", "re.0103.png"}));
+    ASSERT_EQ(run({"render", "in.0003.png", "-o", "three.png"}).exitCode, 0);
+    EXPECT_EQ(bytes("re.0101.png"), bytes("three.png"));
+    // A chunk past the end: without --frames-clamp nothing is written.
+    r = run({"render", "in.#.png", "-o", "end.#.png", "--frames", "10-15"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_TRUE(outputs("end.").empty());
+    r = run({"render", "in.#.png", "-o", "end.#.png", "--frames", "10-15", "--frames-clamp", "-q"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.err.find("skipped frames 13-15"), std::string::npos) << r.err;
+    EXPECT_EQ(outputs("end."), (std::vector<std::string>{"end.0010.png", "end.0011.png", "end.0012.png"}));
+    r = run({"render", "in.#.png", "-o", "none.#.png", "--frames", "20-22", "--frames-clamp"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_NE(r.err.find("none of the frames 20-22 exists"), std::string::npos) << r.err;
+    // Lists that are not lists.
+    for (const char* bad : {"1-5x0", "5-1", "1,,2", "a", "1-", "x3", "1x3"}) {
+        r = run({"render", "in.#.png", "-o", "bad.#.png", "--frames", bad});
+        EXPECT_EQ(r.exitCode, 2) << bad;
+    }
+    EXPECT_TRUE(outputs("bad.").empty());
 }
 
 TEST_F(Sequences, InterruptOrHangUpLeavesOnlyWholeFrames)

@@ -1,5 +1,6 @@
 #include "tools/lumenveil/frame_pattern.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -16,16 +17,18 @@ bool findPattern(const std::string& path, size_t* at, size_t* length, int* width
 {
     const size_t nameStart = path.rfind('/') == std::string::npos ? 0 : path.rfind('/') + 1;
     for (size_t i = path.size(); i-- > nameStart;) {
-        if (path[i] == '#') {
-            size_t start = i;
-            while (start > nameStart && path[start - 1] == '#')
+        if (path[i] == '#' || path[i] == '@') {
+            size_t start = i, digits = 0;
+            while (start > nameStart && (path[start - 1] == '#' || path[start - 1] == '@'))
                 --start;
+            for (size_t j = start; j <= i; ++j)
+                digits += path[j] == '#' ? kHashDigits : kAtDigits;
             *at = start;
             *length = i - start + 1;
-            if (*length > kMaxFrameDigits)
-                throw UsageError(path + ": " + std::to_string(*length) + " #s make a frame number wider than " +
-                                 std::to_string(kMaxFrameDigits) + " digits");
-            *width = static_cast<int>(*length);
+            if (digits > kMaxFrameDigits)
+                throw UsageError(path + ": " + path.substr(start, *length) + " makes a frame number of " +
+                                 std::to_string(digits) + " digits, wider than " + std::to_string(kMaxFrameDigits));
+            *width = static_cast<int>(digits);
             return true;
         }
         if (path[i] == 'd' && i > nameStart) {
@@ -83,15 +86,34 @@ std::string framePath(const std::string& pattern, long frame)
     return pattern.substr(0, at) + number + pattern.substr(at + length);
 }
 
-FrameRange parseFrameRange(const std::string& text)
+FrameList parseFrameList(const std::string& text)
 {
-    FrameRange range;
-    const size_t dash = text.find('-');
-    const std::string first = dash == std::string::npos ? text : text.substr(0, dash);
-    const std::string last = dash == std::string::npos ? text : text.substr(dash + 1);
-    if (!parseFrameNumber(first, &range.first) || !parseFrameNumber(last, &range.last))
-        throw UsageError("--frames: \"" + text + "\" is not A-B with whole frame numbers from 0");
-    if (range.last < range.first)
-        throw UsageError("--frames: " + text + " ends before it starts");
-    return range;
+    const std::string usage = "--frames: \"" + text + "\" is not a list of A, A-B or A-BxN with whole frame numbers from 0";
+    FrameList list;
+    list.frames.clear();
+    size_t start = 0;
+    while (start <= text.size()) {
+        const size_t comma = std::min(text.find(',', start), text.size());
+        const std::string item = text.substr(start, comma - start);
+        start = comma + 1;
+        const size_t x = item.find('x');
+        const std::string span = item.substr(0, x);
+        const size_t dash = span.find('-');
+        long first = 0, last = 0, step = 1;
+        if (!parseFrameNumber(span.substr(0, dash), &first) ||
+            !parseFrameNumber(dash == std::string::npos ? span : span.substr(dash + 1), &last) ||
+            (x != std::string::npos && (dash == std::string::npos || !parseFrameNumber(item.substr(x + 1), &step))))
+            throw UsageError(usage);
+        if (last < first)
+            throw UsageError("--frames: " + item + " ends before it starts");
+        if (step < 1)
+            throw UsageError("--frames: " + item + " steps by " + std::to_string(step) + ": the step is 1 or more");
+        if ((last - first) / step + 1 > kMaxFrames - list.Count())
+            throw UsageError("--frames: " + text + " lists more than " + std::to_string(kMaxFrames) + " frames");
+        for (long f = first; f <= last; f += step)
+            list.frames.push_back(f);
+    }
+    std::sort(list.frames.begin(), list.frames.end());
+    list.frames.erase(std::unique(list.frames.begin(), list.frames.end()), list.frames.end());
+    return list;
 }

@@ -111,7 +111,7 @@ FramePipeline::LoadedFrame FramePipeline::load(long f, HostFrames images)
     const ImageHeader& frame = loaded.header;
     if (frame.width != setup.header.width || frame.height != setup.header.height)
         throw Failure(path + " is " + sizeText(frame.width, frame.height) + ", frame " +
-                      std::to_string(plan.range.first) + " was " + sizeText(setup.header.width, setup.header.height));
+                      std::to_string(plan.frames.First()) + " was " + sizeText(setup.header.width, setup.header.height));
     for (ComRef<MemoryImage>* image : {&images.input, &images.output})
         if (!*image)
             *image = newHostImage(format, frame.width, setup.rows);
@@ -216,17 +216,18 @@ void FramePipeline::write(long f, const LoadedFrame& frame, const Rendered& rend
 
 void FramePipeline::Run()
 {
-    const FrameRange range = plan.range;
+    const std::vector<long>& frames = plan.frames.frames;
     InterruptGuard guard(&host);
-    ProgressMeter progress(range.Count(), r.quiet);
+    ProgressMeter progress(plan.frames.Count(), r.quiet);
     HostFrames spare;  // images no frame uses any more
-    std::future<LoadedFrame> next = std::async(std::launch::async, &FramePipeline::load, this, range.first, HostFrames{});
+    std::future<LoadedFrame> next = std::async(std::launch::async, &FramePipeline::load, this, frames[0], HostFrames{});
     std::future<ComRef<MemoryImage>> writing;  // gives back the output image it wrote
     long written = 0;
-    for (long f = range.first; f <= range.last; ++f) {
+    for (size_t i = 0; i < frames.size(); ++i) {
+        const long f = frames[i];
         LoadedFrame current = next.get();
-        if (f < range.last)
-            next = std::async(std::launch::async, &FramePipeline::load, this, f + 1, std::move(spare));
+        if (i + 1 < frames.size())
+            next = std::async(std::launch::async, &FramePipeline::load, this, frames[i + 1], std::move(spare));
         Rendered rendered;
         try {
             rendered = execute(f, current);
@@ -235,8 +236,8 @@ void FramePipeline::Run()
                 writing.get();
             progress.Finish();
             const std::string done = written == 0 ? "no frame was written"
-                                                  : "frames " + std::to_string(range.first) + " to " +
-                                                        std::to_string(range.first + written - 1) + " were written";
+                                                  : "frames " + std::to_string(frames[0]) + " to " +
+                                                        std::to_string(frames[written - 1]) + " were written";
             throw Interrupted("interrupted: " + done + ", and no partial one");
         }
         spare.input = std::move(current.images.input);

@@ -42,7 +42,7 @@ HostSettings hostSettings(const RenderRequest& r, const RenderPlan& plan)
 {
     HostSettings settings;
     settings.rate = r.rate;
-    settings.timespan = plan.range.Count() / r.rate;
+    settings.timespan = plan.frames.Count() / r.rate;
     settings.pixelAspect = r.pixelAspect;
     settings.selectors = plan.selectors;
     settings.fieldMask = plan.fieldMask;
@@ -54,7 +54,7 @@ std::vector<std::string> targetsOf(const RenderRequest& r, const RenderPlan& pla
 {
     std::vector<std::string> targets;
     for (const RunOutput& output : outputs.All())
-        for (long f = plan.range.first; f <= plan.range.last; ++f)
+        for (long f : plan.frames.frames)
             targets.push_back(output.Path(f));
     if (!r.savePreset.empty())
         targets.push_back(r.savePreset);
@@ -66,10 +66,13 @@ std::vector<std::string> targetsOf(const RenderRequest& r, const RenderPlan& pla
 void runRender(const EffectModule& module, const RenderRequest& r, const ParameterOptions& parameters)
 {
     const bool presetOnly = r.input.empty() && r.output.empty() && !r.savePreset.empty();
-    const RunOutputs outputs(r);
+    RunOutputs outputs(r);
     RenderPlan plan;
-    if (!presetOnly)
+    if (!presetOnly) {
         plan = checkRequest(r, outputs);
+        outputs.Renumber(plan.renumberOffset);
+        clampToExistingFrames(r, plan);
+    }
     prepareSettingsDirectory();
 
     EffectInstance effect = makeRenderEffect(module, plan.depthMap.has_value(), parameters);

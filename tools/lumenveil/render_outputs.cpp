@@ -2,7 +2,13 @@
 
 #include "tools/lumenveil/frame_pattern.h"
 
-std::string RunOutput::Path(long frame) const { return framePath(pattern, frame); }
+std::string RunOutput::Path(long frame) const { return framePath(pattern, frame + offset); }
+
+void RunOutputs::Renumber(long offset)
+{
+    for (RunOutput& output : outputs)
+        output.offset = offset;
+}
 
 RunOutputs::RunOutputs(const RenderRequest& r)
 {

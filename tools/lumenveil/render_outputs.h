@@ -15,6 +15,7 @@ struct RunOutput {
     OutputKind kind;
     std::string name;     // as messages name it: "OUTPUT", "--overlay", "--psf"
     std::string pattern;  // the path; in a sequence, with a frame number pattern
+    long offset = 0;      // added to a frame's number in the path (--renumber)
 
     // The path of frame `frame`.
     std::string Path(long frame) const;
@@ -26,6 +27,8 @@ public:
     explicit RunOutputs(const RenderRequest& request);
 
     const std::vector<RunOutput>& All() const { return outputs; }
+    // Every output's frames written under their number plus `offset`.
+    void Renumber(long offset);
     // The output of `kind`, or null when the run does not write it.
     const RunOutput* Find(OutputKind kind) const;
 

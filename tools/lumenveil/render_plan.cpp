@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 
 #include "hostsdk/IDSImageEffect.h"
@@ -19,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kPatternHelp = " (a frame number pattern: %04d or ####)";
+constexpr const char* kPatternHelp = " (a frame number pattern: %04d, # for four digits or @ for one)";
 
 uint32_t fieldMaskOf(const std::string& fields)
 {
@@ -30,8 +31,8 @@ uint32_t fieldMaskOf(const std::string& fields)
     return DS_FIELDS_BOTH;
 }
 
-// The frame range, with each output's pattern checked against the input's.
-FrameRange checkSequence(const RenderRequest& r, const RunOutputs& outputs, bool sequence)
+// The frames, with each output's pattern checked against the input's.
+FrameList checkSequence(const RenderRequest& r, const RunOutputs& outputs, bool sequence)
 {
     if (!sequence) {
         bool patterned = hasFramePattern(r.spread);
@@ -41,7 +42,10 @@ FrameRange checkSequence(const RenderRequest& r, const RunOutputs& outputs, bool
             throw UsageError(std::string("only a sequence INPUT goes with output patterns") + kPatternHelp);
         if (!r.frames.empty())
             throw UsageError(std::string("--frames needs a sequence INPUT") + kPatternHelp);
-        return FrameRange{};
+        if (r.renumber >= 0 || r.framesClamp)
+            throw UsageError(std::string(r.framesClamp ? "--frames-clamp" : "--renumber") + " needs a sequence INPUT" +
+                             kPatternHelp);
+        return FrameList{};
     }
     for (const RunOutput& output : outputs.All())
         if (!hasFramePattern(output.pattern))
@@ -49,7 +53,7 @@ FrameRange checkSequence(const RenderRequest& r, const RunOutputs& outputs, bool
                              kPatternHelp);
     if (r.frames.empty())
         throw UsageError("INPUT is a sequence: give its frames with --frames A-B");
-    return parseFrameRange(r.frames);
+    return parseFrameList(r.frames);
 }
 
 std::optional<SampleDepth> depthOf(const std::string& depth)
@@ -98,7 +102,11 @@ RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
         throw UsageError("render needs an output file: -o OUTPUT");
     RenderPlan plan;
     plan.sequence = hasFramePattern(r.input);
-    plan.range = checkSequence(r, outputs, plan.sequence);
+    plan.frames = checkSequence(r, outputs, plan.sequence);
+    if (r.renumber < -1)
+        throw UsageError("--renumber: " + std::to_string(r.renumber) + " is below 0");
+    if (r.renumber >= 0)
+        plan.renumberOffset = r.renumber - plan.frames.First();
     if (!(r.rate > 0.0) || !std::isfinite(r.rate))
         throw UsageError("--rate must be above 0");
     if (!(r.pixelAspect > 0.0) || !std::isfinite(r.pixelAspect))
@@ -119,20 +127,60 @@ RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
     return plan;
 }
 
+namespace {
+
+// "3, 7-9, 12": the frames as runs of consecutive numbers.
+std::string frameRuns(const std::vector<long>& frames)
+{
+    std::string text;
+    for (size_t i = 0; i < frames.size();) {
+        size_t j = i;
+        while (j + 1 < frames.size() && frames[j + 1] == frames[j] + 1)
+            ++j;
+        text += (text.empty() ? "" : ", ") + std::to_string(frames[i]) +
+                (j > i ? "-" + std::to_string(frames[j]) : std::string());
+        i = j + 1;
+    }
+    return text;
+}
+
+}  // namespace
+
+void clampToExistingFrames(const RenderRequest& r, RenderPlan& plan)
+{
+    if (!r.framesClamp)
+        return;
+    auto exists = [](const std::string& pattern, long f) {
+        std::error_code error;
+        return pattern.empty() || !hasFramePattern(pattern) || fs::exists(framePath(pattern, f), error);
+    };
+    std::vector<long> kept, skipped;
+    for (long f : plan.frames.frames)
+        (exists(r.input, f) && exists(r.spread, f) && exists(plan.depthMap ? plan.depthMap->path : "", f) ? kept
+                                                                                                          : skipped)
+            .push_back(f);
+    if (kept.empty())
+        throw Failure("--frames-clamp: none of the frames " + frameRuns(skipped) + " exists (" +
+                      framePath(r.input, skipped.front()) + " ...)");
+    if (!skipped.empty())
+        std::fprintf(stderr, "lumenveil: --frames-clamp: skipped frames %s, whose files do not exist\n",
+                     frameRuns(skipped).c_str());
+    plan.frames.frames = kept;
+}
+
 RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const RenderPlan& plan,
                      const RunOutputs& outputs, const LightPath& light)
 {
-    const FrameRange range = plan.range;
-    for (long f = range.first; f <= range.last; ++f) {
+    for (long f : plan.frames.frames) {
         checkRegularFile(framePath(r.input, f));
         if (!r.spread.empty())
             checkRegularFile(framePath(r.spread, f));
     }
     RenderSetup setup;
-    setup.header = readImageHeader(framePath(r.input, range.first), depthInInput(r, plan));
+    setup.header = readImageHeader(framePath(r.input, plan.frames.First()), depthInInput(r, plan));
     setup.light = light;
     if (plan.depthMap)
-        for (long f = range.first; f <= range.last; ++f) {
+        for (long f : plan.frames.frames) {
             const DepthSource source{framePath(plan.depthMap->path, f), plan.depthMap->channel};
             const DepthHeader depth = readDepthHeader(source);
             if (depth.width != setup.header.width || depth.height != setup.header.height)
@@ -144,14 +192,14 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
     setup.format = chooseHostFormat(r.hostFormat, light.Linear() ? SampleDepth::Float : setup.header.depth);
     setup.rows = hostFrameRows(setup.header.height, !r.exactHostFrame);
     const int32_t columns = hostFrameColumns(setup.header.width, *setup.format);
-    for (long f = range.first; f <= range.last; ++f) {
+    for (long f : plan.frames.frames) {
         const std::string problem = transformLimitProblem(effect, columns, setup.header.height, f / r.rate, setup.rows);
         if (!problem.empty())
             throw Failure("cannot render " + framePath(r.input, f) + ": " + problem);
     }
     for (const RunOutput& output : outputs.All()) {
-        imageOutputFormat(output.Path(range.first));
-        for (long f = range.first; f <= range.last; ++f)
+        imageOutputFormat(output.Path(plan.frames.First()));
+        for (long f : plan.frames.frames)
             checkWritable(output.Path(f));
     }
     return setup;

@@ -20,7 +20,8 @@
 // The checked form of a request.
 struct RenderPlan {
     bool sequence = false;
-    FrameRange range;
+    FrameList frames;
+    long renumberOffset = 0;  // output number minus input number
     std::array<int32_t, 4> selectors{};
     uint32_t fieldMask = 0;
     std::optional<SampleDepth> depth;
@@ -34,6 +35,11 @@ bool depthInInput(const RenderRequest& request, const RenderPlan& plan);
 // UsageError for the first option that is malformed or does not go with the
 // others.
 RenderPlan checkRequest(const RenderRequest& request, const RunOutputs& outputs);
+
+// With --frames-clamp, drops the frames whose INPUT (or Spread or depth map,
+// when they are sequences) is missing and says which in one line on stderr;
+// Failure when none is left.
+void clampToExistingFrames(const RenderRequest& request, RenderPlan& plan);
 
 // What the run knows before its first frame.
 struct RenderSetup {

@@ -3,12 +3,21 @@
 void addRenderOptions(CLI::App& command, RenderRequest& r)
 {
     command.add_option("INPUT", r.input,
-                       "Input image file, or a numbered sequence with %04d or #### in its name (with --frames)");
+                       "Input image file, or a numbered sequence with %04d, # (four digits) or @ (one digit) in its name "
+                       "(with --frames)");
     command.add_option("-o,--output", r.output, "Output image file or sequence pattern; its format comes from its name");
     command.add_option("--frames", r.frames,
-                       "Frame range A-B of a sequence. A sub-range starts with a fresh effect: its kernel cache "
-                       "starts empty, so with keys that drift by less than 0.01 a frame a split run can rebuild a "
-                       "kernel that one long run keeps (and its pixels can differ slightly)");
+                       "Frames of a sequence: A-B, A-BxN (every Nth), or a list of these and single frames, "
+                       "1,5,9-12. A run starts with a fresh effect and an empty kernel cache (docs/farm.md says "
+                       "when a split run's bytes equal one long run's)")
+        ->type_name("LIST");
+    command.add_option("--renumber", r.renumber,
+                       "Number the output frames from START: the first frame listed becomes START, the others "
+                       "keep their distance from it")
+        ->type_name("START");
+    command.add_flag("--frames-clamp", r.framesClamp,
+                     "Render the listed frames whose INPUT exists and name the skipped ones, instead of failing "
+                     "(a farm chunk that runs past the end of a sequence)");
     command.add_option("--rate", r.rate, "Frames per second; a key at frame F lies at F / rate seconds")
         ->capture_default_str();
     command.add_option("--key", r.keys,

@@ -25,6 +25,8 @@ struct RenderRequest {
     std::string fields = "both";
     std::vector<std::string> keys;
     std::string exposure;  // stops, with --linear; empty: none
+    long renumber = -1;    // the output's number of the first frame listed; -1: the input's numbers
+    bool framesClamp = false;  // frames whose INPUT is missing are skipped, not a failure
     double rate = 25.0;
     double pixelAspect = 1.0;
     bool matte = false;
