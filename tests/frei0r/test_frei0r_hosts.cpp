@@ -227,7 +227,7 @@ TEST_F(Frei0rHostTest, MeltFramesWithAKeyframedRadiusEqualTheToolsWithKeys)
     ASSERT_EQ(melt("frame.png", 10, "\"radius-x=0=0.01;9=0.06\"", "melt-%02d.png"), 0) << lastErr;
     for (int f = 0; f < 10; ++f)
         std::filesystem::create_symlink(path("frame.png"), path("seq." + std::to_string(f) + ".png"));
-    ASSERT_EQ(tool("seq.#.png --frames 0-9 -o tool.#.png --engine fast --key radius-x=0:0.01 --key radius-x=9:0.06"),
+    ASSERT_EQ(tool("seq.@.png --frames 0-9 -o tool.@.png --engine fast --key radius-x=0:0.01 --key radius-x=9:0.06"),
               0)
         << lastErr;
     char name[32];

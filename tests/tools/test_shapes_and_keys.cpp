@@ -126,7 +126,7 @@ TEST_F(Shapes, KeyedRadiusGrowsFrameByFrame)
     for (int f = 0; f < 5; ++f)
         write("in." + std::to_string(f) + ".exr", dot(W, H, CX, CY));
     // Keys at frames 0 and 4 (at 10 frames a second): RadiusX 0.1 to 0.3.
-    const ToolRun r = run({"render", "in.#.exr", "-o", "out.%03d.exr", "--frames", "0-4", "--rate", "10",
+    const ToolRun r = run({"render", "in.@.exr", "-o", "out.%03d.exr", "--frames", "0-4", "--rate", "10",
                            "--bright-emphasis", "1", "--key", "radius-x=0:0.1", "--key", "RadiusX=4:0.3"});
     ASSERT_EQ(r.exitCode, 0) << r.err;
     for (int f = 0; f < 5; ++f) {
