@@ -3,6 +3,7 @@
 // into CreateInstance, and offers a free-threaded marshaler.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <new>
 
@@ -13,10 +14,12 @@ template <typename T, int A = 0, int B = 0> class CDsClassFactory : public CDSCo
 public:
     explicit CDsClassFactory(volatile int32_t* lockCount)
     {
-        if (!serverLock)
-            serverLock = lockCount;
-        if (serverLock)
-            InterlockedIncrement(serverLock);
+        // The first factory made sets the lock; factories may be made on
+        // several threads at once.
+        volatile int32_t* unset = nullptr;
+        serverLock.compare_exchange_strong(unset, lockCount);
+        if (volatile int32_t* count = serverLock.load())
+            InterlockedIncrement(count);
     }
 
     // IID_IUnknown and IID_IClassFactory; IID_IMarshal through the
@@ -68,7 +71,7 @@ public:
     }
 
     // The server lock count of this kind of factory, set by the first one.
-    static inline volatile int32_t* serverLock = nullptr;
+    static inline std::atomic<volatile int32_t*> serverLock{nullptr};
 
 protected:
     void* FindInterface(const GUID& iid) override

@@ -1,5 +1,6 @@
 #include "host/DepthProperties.h"
 
+#include <mutex>
 #include <new>
 
 #include "host/LumenveilProperties.h"
@@ -77,7 +78,11 @@ struct DepthMap {
 CDSPropertiesMap* DepthPropertiesMap()
 {
     static DepthMap map;
-    if (*map.descriptor.count == DS_MAP_COUNT_UNSET)
-        CDSBasePropertyContainer::InitStaticPropertyMap(&map.descriptor);
+    // Effects may be made on several threads at once: the map is set up once.
+    static std::once_flag setUp;
+    std::call_once(setUp, [] {
+        if (*map.descriptor.count == DS_MAP_COUNT_UNSET)
+            CDSBasePropertyContainer::InitStaticPropertyMap(&map.descriptor);
+    });
     return &map.descriptor;
 }

@@ -1,5 +1,6 @@
 #include "host/LumenveilProperties.h"
 
+#include <mutex>
 #include <new>
 
 #include "generic/library/LumenveilInfo.h"
@@ -85,14 +86,18 @@ PropertyMap g_map;
 
 CDSPropertiesMap* LumenveilPropertiesMap()
 {
-    if (*g_map.descriptor.count == DS_MAP_COUNT_UNSET) {
+    // Effects may be made on several threads at once: the map is set up once.
+    static std::once_flag setUp;
+    std::call_once(setUp, [] {
+        if (*g_map.descriptor.count != DS_MAP_COUNT_UNSET)
+            return;
         // Hosts that set no engine get the process's default, read here rather
         // than at load, where the log may not be ready to warn of a bad value.
         for (int i = 0; i < kLumenveilPropertyCount; ++i)
             if (g_map.entries[i].key == KEY_ENGINE && g_map.entries[i].definition)
                 g_map.entries[i].definition->defaultValue = fft_mode_index(fft_mode_from_environment());
         CDSBasePropertyContainer::InitStaticPropertyMap(&g_map.descriptor);
-    }
+    });
     return &g_map.descriptor;
 }
 

@@ -3,9 +3,12 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <atomic>
+
 namespace {
-// Raw page size as the system reported it; -1 until first asked.
-int cachedPageSize = -1;
+// Raw page size as the system reported it; -1 until first asked. Atomic:
+// frames may be made on several threads at once.
+std::atomic<int> cachedPageSize{-1};
 }  // namespace
 
 int get_processor_count()
@@ -16,11 +19,13 @@ int get_processor_count()
 
 int get_page_size()
 {
-    if (cachedPageSize < 0) {
+    int size = cachedPageSize.load(std::memory_order_relaxed);
+    if (size < 0) {
         long n = sysconf(_SC_PAGESIZE);
-        cachedPageSize = n > 0 ? static_cast<int>(n) : 0;
+        size = n > 0 ? static_cast<int>(n) : 0;
+        cachedPageSize.store(size, std::memory_order_relaxed);
     }
-    return cachedPageSize < 512 ? 512 : cachedPageSize;
+    return size < 512 ? 512 : size;
 }
 
 double get_time_seconds()

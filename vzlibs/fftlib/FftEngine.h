@@ -17,6 +17,7 @@
 
 #include <fftw3.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -201,7 +202,8 @@ public:
     int jobChannelBit;
     int borderMode;
     ImageRec* psfImage;
-    int status;
+    // Atomic: every row job sets it to FFT_OK on each of its four threads.
+    std::atomic<int> status;
     void* callbackContext;
     FftRowRunner rowRunner;
     FftAbortCheck abortCheck;
