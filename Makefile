@@ -1,9 +1,11 @@
 # Top-level commands. `make test` installs what is missing, then builds and runs
-# the suite twice: optimised, and under AddressSanitizer + UBSan.
+# the suite twice: optimised, and under AddressSanitizer + UBSan; the
+# sanitizer leg ends with each fuzz target over its corpus and for
+# FUZZ_CHECK_SECONDS. `make fuzz` fuzzes each target for FUZZ_SECONDS.
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build test test-release test-sanitize tsan bench demo install uninstall clean
+.PHONY: all deps build test test-release test-sanitize tsan fuzz-build fuzz fuzz-check bench demo install uninstall clean
 
 all: build
 
@@ -24,8 +26,25 @@ test-sanitize: deps
 	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 	  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 	  ctest --output-on-failure -j$(JOBS)
+	$(MAKE) fuzz-check
 
 test: test-release test-sanitize
+
+# libFuzzer targets, built by clang in a tree of their own; run JOBS at a time.
+FUZZ_TARGETS = preset_loader host_pixel_format frame_pattern image_file
+FUZZ_SECONDS ?= 600
+FUZZ_CHECK_SECONDS ?= 30
+
+fuzz-build: deps
+	cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLV_FUZZ=ON \
+	  -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 $(CMAKE_FLAGS)
+	cmake --build build/fuzz --target fuzz_targets -j$(JOBS)
+
+fuzz: fuzz-build
+	printf '%s\n' $(FUZZ_TARGETS) | xargs -P$(JOBS) -I{} ./tests/fuzz/run_fuzz.sh build/fuzz {} $(FUZZ_SECONDS)
+
+fuzz-check: fuzz-build
+	printf '%s\n' $(FUZZ_TARGETS) | xargs -P$(JOBS) -I{} ./tests/fuzz/run_fuzz.sh build/fuzz {} $(FUZZ_CHECK_SECONDS)
 
 # Effects rendering at once (several effects on threads, an effect and its
 # clone) under ThreadSanitizer. Not part of `make test`: it builds a third tree.

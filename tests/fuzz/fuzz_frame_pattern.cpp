@@ -1,0 +1,43 @@
+// The frame-number pattern of a path and the --frames range. Input: the
+// range's text, a newline, the path. UsageError is how bad text is refused;
+// anything else (a crash, a hang, a sanitizer report) is a finding.
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "tools/lumenveil/cli_error.h"
+#include "tools/lumenveil/frame_pattern.h"
+
+namespace {
+
+// Frames beyond the parsed range's ends, where a path meets them when a run
+// counts past its range.
+constexpr long kFramesPastEnd = 1;
+
+void expandAt(const std::string& pattern, long frame)
+{
+    const std::string path = framePath(pattern, frame);
+    // A path without a pattern comes back as it is.
+    if (!hasFramePattern(pattern) && path != pattern)
+        std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    const size_t newline = text.find('\n');
+    const std::string range = text.substr(0, newline);
+    const std::string pattern = newline == std::string::npos ? text : text.substr(newline + 1);
+    expandAt(pattern, 0);
+    try {
+        const FrameRange frames = parseFrameRange(range);
+        if (frames.first < 0 || frames.last < frames.first || frames.Count() < 1)
+            std::abort();
+        expandAt(pattern, frames.first);
+        expandAt(pattern, frames.last + kFramesPastEnd);
+    } catch (const UsageError&) {
+    }
+    return 0;
+}
