@@ -1,6 +1,7 @@
 // The frame-number pattern of a path and the --frames range. Input: the
-// range's text, a newline, the path. UsageError is how bad text is refused;
-// anything else (a crash, a hang, a sanitizer report) is a finding.
+// range's text, a newline, the path. UsageError is how bad text (a range or
+// a pattern) is refused; anything else (a crash, a hang, a sanitizer
+// report) is a finding.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -30,7 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const size_t newline = text.find('\n');
     const std::string range = text.substr(0, newline);
     const std::string pattern = newline == std::string::npos ? text : text.substr(newline + 1);
-    expandAt(pattern, 0);
+    try {
+        expandAt(pattern, 0);
+    } catch (const UsageError&) {
+    }
     try {
         const FrameRange frames = parseFrameRange(range);
         if (frames.first < 0 || frames.last < frames.first || frames.Count() < 1)

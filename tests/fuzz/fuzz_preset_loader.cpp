@@ -3,7 +3,9 @@
 // effect or the depth effect), then the text. A refused preset must leave
 // the effect unchanged with a reason; an accepted one must save to a text
 // that loads again to the same state. Every property is then read at a few
-// times, which interpolates any keys the preset brought.
+// times, which interpolates any keys the preset brought, and must lie in its
+// list or range.
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -39,6 +41,18 @@ std::string saved(IDSProperties* properties)
     return text;
 }
 
+// Whether a value read back lies where the property's definition allows:
+// a list's entries, or its range.
+bool withinRange(const CDSParamDef& definition, double value)
+{
+    if (std::isnan(value))
+        return false;
+    if (definition.listEntries && definition.listCount > 0)
+        return value >= 0 && value < definition.listCount;
+    return !definition.hasRange() || (value >= definition.minimum && value <= definition.maximum);
+}
+
+// Every property read at each of the times; each value must lie in its range.
 void readAll(IDSProperties* properties)
 {
     const CDSPropertiesMap* map = nullptr;
@@ -51,7 +65,9 @@ void readAll(IDSProperties* properties)
             for (double time : kReadTimes) {
                 VARIANT value;
                 VariantInit(&value);
-                properties->GetProperty(entry->definition->guid, &value, time);
+                if (properties->GetProperty(entry->definition->guid, &value, time) == S_OK &&
+                    !withinRange(*entry->definition, VariantNumber(value)))
+                    std::abort();
                 VariantClear(&value);
             }
         }
