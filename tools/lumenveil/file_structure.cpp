@@ -17,6 +17,10 @@ constexpr uint32_t kLargestChunk = 0x7FFFFFFF;
 // A DPX file's size as its header records it: a 32-bit number at this offset,
 // big-endian after "SDPX", little-endian after "XPDS".
 constexpr int64_t kDpxFileSizeAt = 16;
+// The size of its user data, read (and allocated) by the reader whole; all
+// ones when there is none.
+constexpr int64_t kDpxUserSizeAt = 32;
+constexpr uint32_t kDpxUndefined = 0xFFFFFFFF;
 
 // OpenEXR: the magic number, then a version word whose flag marks a
 // multi-part file; then the header, attributes each named, typed and sized,
@@ -104,11 +108,16 @@ std::string exrProblem(int fd, int64_t size, uint32_t version)
 
 std::string dpxProblem(const unsigned char* head, int64_t size)
 {
-    const uint32_t recorded = head[0] == 'S' ? bigEndian(head + kDpxFileSizeAt) : littleEndian(head + kDpxFileSizeAt);
-    if (size >= static_cast<int64_t>(recorded))
-        return "";
-    return "the file is " + std::to_string(size) + " bytes, its header says " + std::to_string(recorded) +
-           " (it is truncated)";
+    auto number = [head](int64_t at) { return head[0] == 'S' ? bigEndian(head + at) : littleEndian(head + at); };
+    const uint32_t recorded = number(kDpxFileSizeAt);
+    if (size < static_cast<int64_t>(recorded))
+        return "the file is " + std::to_string(size) + " bytes, its header says " + std::to_string(recorded) +
+               " (it is truncated)";
+    const uint32_t userData = number(kDpxUserSizeAt);
+    if (userData != kDpxUndefined && static_cast<int64_t>(userData) > size)
+        return "its header gives " + std::to_string(userData) + " bytes of user data, more than the file holds "
+               "(it is damaged)";
+    return "";
 }
 
 }  // namespace
@@ -118,7 +127,7 @@ std::string fileStructureProblem(const std::string& path)
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return "";
-    unsigned char head[kDpxFileSizeAt + 4];
+    unsigned char head[kDpxUserSizeAt + 4];
     struct stat status;
     std::string problem;
     const ssize_t n = fstat(fd, &status) == 0 ? pread(fd, head, sizeof head, 0) : 0;

@@ -3,9 +3,10 @@
 // stderr and leaves it by longjmp through the reader, so a PNG that ends
 // inside a chunk or before its IEND chunk is refused here, from the chunk
 // headers alone; a DPX file shorter than the size its header records is
-// refused with that reason, which its reader does not give; an OpenEXR file
-// whose header names an attribute larger than the rest of the file is
-// refused, since its library would first allocate that size.
+// refused with that reason, which its reader does not give, and one whose
+// user data is larger than the file (its reader allocates that size first);
+// an OpenEXR file whose header names an attribute larger than the rest of
+// the file is refused, since its library would first allocate that size.
 #pragma once
 
 #include <string>
