@@ -15,20 +15,29 @@ work=$build/fuzz-work/$name
 unit_timeout=10
 rss_limit_mb=2048
 mkdir -p "$work/found"
-export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1}
-export UBSAN_OPTIONS=${UBSAN_OPTIONS:-halt_on_error=1:print_stacktrace=1}
+# Sanitizer reports go to files of their own: the tool's reading sends
+# stderr to /dev/null while a reader runs, where a report would be lost.
+rm -f "$work"/sanitizer.*
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1}:log_path=$work/sanitizer
+export UBSAN_OPTIONS=${UBSAN_OPTIONS:-halt_on_error=1:print_stacktrace=1}:log_path=$work/sanitizer
 log=$work/log.txt
+
+# The end of the log and any sanitizer report, after a failure.
+show() {
+  tail -n 40 "$log"
+  cat "$work"/sanitizer.* 2>/dev/null | head -n 80
+}
 
 # Every kept input once.
 if ! "$program" -timeout=$unit_timeout -rss_limit_mb=$rss_limit_mb "$corpus"/* >"$log" 2>&1; then
-  tail -n 40 "$log"
+  show
   echo "fuzz_$name: an input of $corpus fails (log: $log)" >&2
   exit 1
 fi
 # Fuzzing for the set time.
 if ! "$program" -max_total_time="$seconds" -timeout=$unit_timeout -rss_limit_mb=$rss_limit_mb \
      -print_final_stats=1 -artifact_prefix="$work/" "$work/found" "$corpus" >"$log" 2>&1; then
-  tail -n 40 "$log"
+  show
   echo "fuzz_$name: finding after fuzzing; the input is in $work (log: $log)" >&2
   exit 1
 fi
