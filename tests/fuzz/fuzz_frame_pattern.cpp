@@ -1,5 +1,5 @@
-// The frame-number pattern of a path and the --frames range. Input: the
-// range's text, a newline, the path. UsageError is how bad text (a range or
+// The frame-number pattern of a path and the --frames list. Input: the
+// list's text, a newline, the path. UsageError is how bad text (a list or
 // a pattern) is refused; anything else (a crash, a hang, a sanitizer
 // report) is a finding.
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace {
 
-// Frames beyond the parsed range's ends, where a path meets them when a run
-// counts past its range.
+// Frames beyond the parsed list's last, where a path meets them when a run
+// counts past its list.
 constexpr long kFramesPastEnd = 1;
 
 void expandAt(const std::string& pattern, long frame)
@@ -29,18 +29,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const std::string text(reinterpret_cast<const char*>(data), size);
     const size_t newline = text.find('\n');
-    const std::string range = text.substr(0, newline);
+    const std::string list = text.substr(0, newline);
     const std::string pattern = newline == std::string::npos ? text : text.substr(newline + 1);
     try {
         expandAt(pattern, 0);
     } catch (const UsageError&) {
     }
     try {
-        const FrameRange frames = parseFrameRange(range);
-        if (frames.first < 0 || frames.last < frames.first || frames.Count() < 1)
+        const FrameList frames = parseFrameList(list);
+        // At least one frame, at most kMaxFrames, from 0, ascending, each once.
+        if (frames.Count() < 1 || frames.Count() > kMaxFrames || frames.First() < 0)
             std::abort();
-        expandAt(pattern, frames.first);
-        expandAt(pattern, frames.last + kFramesPastEnd);
+        for (size_t i = 1; i < frames.frames.size(); ++i)
+            if (frames.frames[i] <= frames.frames[i - 1])
+                std::abort();
+        expandAt(pattern, frames.First());
+        expandAt(pattern, frames.frames.back() + kFramesPastEnd);
     } catch (const UsageError&) {
     }
     return 0;
