@@ -134,6 +134,70 @@ TEST_F(Errors, FrameTooLargeForTheTransformSaysWhatFitsAndWhichEngineTakesIt)
     EXPECT_EQ(r.err.find("--engine"), std::string::npos) << r.err;
 }
 
+TEST_F(Errors, AnOutputThatIsAnInputIsRefusedUnlessAllowed)
+{
+    ASSERT_EQ(run({"render", "--save-preset", "p.json"}).exitCode, 0);
+    before = files();
+    expectRefused({"render", "in.png", "-o", "in.png"}, 2, "OUTPUT in.png is also an input");
+    expectRefused({"render", "in.png", "-o", "./in.png"}, 2, "give --overwrite-input");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--psf", "small.png", "--spread", "small.png"}, 2,
+                  "--psf small.png is also an input");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--preset", "p.json", "--save-preset", "p.json"}, 2,
+                  "--save-preset p.json is also an input");
+    // Renumbered onto itself: output frame 1 of a run over frames 0 and 1 is input frame 1.
+    for (int f = 0; f < 3; ++f)
+        write("s." + std::to_string(f) + ".png", dot(16, 12, 8, 6), OIIO::TypeDesc::UINT8);
+    before = files();
+    expectRefused({"render", "s.@.png", "-o", "s.@.png", "--frames", "0-1", "--renumber", "1"}, 2,
+                  "OUTPUT s.1.png is also an input");
+    // Allowed: the frame is replaced by its render.
+    const std::string original = bytes("in.png");
+    const ToolRun r = run({"render", "in.png", "-o", "in.png", "--overwrite-input"});
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(bytes("in.png"), original);
+}
+
+TEST_F(Errors, NumbersPatternsAndLevelsTheToolCouldMisreadAreRefused)
+{
+    expectRefused({"render", "in.png", "-o", "keep.png", "--radius-x", "1e309"}, 2, "1e309 is beyond the range");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--host-format", "4294967297"}, 2, "unknown format");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "zip:0"}, 2, "zip runs from 1 to 9");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "zip:10"}, 2, "zip runs from 1 to 9");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "jpeg:101"}, 2, "jpeg runs from 1 to 100");
+    expectRefused({"render", "in.png", "-o", "keep.png", "--compression", "lzw:3"}, 2, "lzw takes no level");
+    // printf's %4d pads with spaces, and widths beyond ten digits cannot be
+    // frame numbers: each would put frames in wrong or shared files.
+    for (const char* pattern : {"%4d", "%40d", "%040d", "%2147483648d", "###########"})
+        expectRefused({"render", "in.png", "-o", std::string("out.") + pattern + ".png"}, 2, pattern);
+    // Keys whose times (frame / rate) are beyond the doubles.
+    expectRefused({"render", "in.png", "-o", "keep.png", "--rate", "1e-300", "--key", "radius-x=-1e9:0", "--key",
+                   "radius-x=1e9:0.3"},
+                  2, "beyond any time");
+}
+
+// An engine that cannot allocate its transform: a 7000 x 2 frame takes the
+// faithful engine's square transform of 8192, 512 MiB a plane, beyond an
+// address space of 2.5 GB. The sanitizers' shadow memory needs more than that.
+TEST_F(Errors, ARenderTheEngineCannotAllocateFailsAndWritesNothing)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "an address-space limit cannot be set under the address sanitizer";
+#endif
+    write("long.png", Picture(7000, 2, 3), OIIO::TypeDesc::UINT8);
+    before = files();
+    const std::string command = "cd " + directory + " && ulimit -v 2500000 && exec " LUMENVEIL_TOOL_PATH
+                                " render long.png -o keep.png 2> err.txt";
+    const int status = std::system(command.c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    const std::string err = bytes("err.txt");
+    std::filesystem::remove(path("err.txt"));
+    EXPECT_NE(err.find("could not allocate memory"), std::string::npos) << err;
+    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << err;
+    EXPECT_EQ(files(), before);
+    EXPECT_EQ(bytes("keep.png"), "an older result");
+}
+
 }  // namespace
 
 namespace {
@@ -196,6 +260,7 @@ TEST_F(Errors, DamagedFilesAndMoviesAreRefusedInOneLineBeforeAnythingIsWritten)
     EXPECT_EQ(run({"render", "cut10.tif", "-o", "keep.png"}).err.find("4294967295"), std::string::npos);
     for (const char* name : {"clip.mp4", "clip.mkv", "clip.avi", "movie-named.png", "picture-named.mov", "real.mp4"})
         expectRefused({"render", name, "-o", "keep.png"}, 1, "it is a movie file");
+    expectRefused({"render", "clip.mp4", "-o", "keep.png"}, 1, "ffmpeg -i MOVIE frame.%04d.png");
     if (std::filesystem::exists(path("real.mkv")))
         expectRefused({"render", "in.png", "-o", "keep.png", "--spread", "real.mkv"}, 1, "it is a movie file");
 }

@@ -122,14 +122,22 @@ std::string movieContainerOf(const std::string& head, const std::string& path)
     return "";
 }
 
+namespace {
+
+// What a movie's user does instead.
+constexpr const char* kMovieRoute =
+    "give its frames as numbered image files (ffmpeg -i MOVIE frame.%04d.png), or render it in ffmpeg with the "
+    "frei0r filter (-vf frei0r=lumenveil)";
+
+}  // namespace
+
 std::unique_ptr<OIIO::ImageInput> openImageInput(const std::string& path, const std::string& label,
                                                  OIIO::ImageSpec& layout, const OIIO::ImageSpec* config)
 {
     checkRegularFile(path, label);
     const std::string movie = movieContainerOf(headOf(path, kTransportPacket + 1), path);
     if (!movie.empty())
-        throw Failure("cannot read " + label + ": it is a movie file (" + movie +
-                      "), not an image: give its frames as numbered image files");
+        throw Failure("cannot read " + label + ": it is a movie file (" + movie + "), not an image: " + kMovieRoute);
     if (const std::string problem = fileStructureProblem(path); !problem.empty())
         throw Failure("cannot read " + label + ": " + problem);
     QuietStderr quiet;
@@ -137,8 +145,7 @@ std::unique_ptr<OIIO::ImageInput> openImageInput(const std::string& path, const 
     if (!in)
         throw Failure("cannot read " + label + ": " + readerReason(OIIO::geterror(), "not an image file"));
     if (std::string(in->format_name()) == "ffmpeg")
-        throw Failure("cannot read " + label + ": it is a movie file, not an image: give its frames as numbered "
-                      "image files");
+        throw Failure("cannot read " + label + ": it is a movie file, not an image: " + kMovieRoute);
     if (!(config ? in->open(path, layout, *config) : in->open(path, layout)))
         throw Failure("cannot read " + label + ": " + readerReason(in->geterror(), "not an image file"));
     return in;

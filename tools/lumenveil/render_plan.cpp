@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <set>
 
 #include "hostsdk/IDSImageEffect.h"
 #include "tools/lumenveil/channel_selection.h"
@@ -168,9 +169,48 @@ void clampToExistingFrames(const RenderRequest& r, RenderPlan& plan)
     plan.frames.frames = kept;
 }
 
+namespace {
+
+// The path as one file: `path` made absolute with links and dots resolved
+// as far as it exists.
+std::string samePlace(const std::string& path)
+{
+    std::error_code error;
+    const fs::path resolved = fs::weakly_canonical(fs::absolute(path), error);
+    return error ? path : resolved.string();
+}
+
+// UsageError when a file the run writes is one it reads, unless
+// --overwrite-input allows it.
+void checkOutputsAreNotInputs(const RenderRequest& r, const RenderPlan& plan, const RunOutputs& outputs)
+{
+    if (r.overwriteInput)
+        return;
+    std::set<std::string> inputs;
+    for (long f : plan.frames.frames)
+        for (const std::string& pattern : {r.input, r.spread, plan.depthMap ? plan.depthMap->path : std::string()})
+            if (!pattern.empty())
+                inputs.insert(samePlace(framePath(pattern, f)));
+    if (!r.preset.empty())
+        inputs.insert(samePlace(r.preset));
+    auto refuse = [&](const std::string& name, const std::string& path) {
+        if (inputs.count(samePlace(path)))
+            throw UsageError(name + " " + path + " is also an input of the run: give --overwrite-input to "
+                             "replace it");
+    };
+    for (const RunOutput& output : outputs.All())
+        for (long f : plan.frames.frames)
+            refuse(output.name, output.Path(f));
+    if (!r.savePreset.empty())
+        refuse("--save-preset", r.savePreset);
+}
+
+}  // namespace
+
 RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const RenderPlan& plan,
                      const RunOutputs& outputs, const LightPath& light)
 {
+    checkOutputsAreNotInputs(r, plan, outputs);
     for (long f : plan.frames.frames) {
         checkRegularFile(framePath(r.input, f));
         if (!r.spread.empty())

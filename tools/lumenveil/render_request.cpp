@@ -15,6 +15,9 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
                        "Number the output frames from START: the first frame listed becomes START, the others "
                        "keep their distance from it")
         ->type_name("START");
+    command.add_flag("--overwrite-input", r.overwriteInput,
+                     "Let an output replace one of the run's input files (a frame, the Spread picture, the depth "
+                     "map, the preset); without it such a run is refused before anything is written");
     command.add_flag("--frames-clamp", r.framesClamp,
                      "Render the listed frames whose INPUT exists and name the skipped ones, instead of failing "
                      "(a farm chunk that runs past the end of a sequence)");

@@ -27,6 +27,7 @@ struct RenderRequest {
     std::string exposure;  // stops, with --linear; empty: none
     long renumber = -1;    // the output's number of the first frame listed; -1: the input's numbers
     bool framesClamp = false;  // frames whose INPUT is missing are skipped, not a failure
+    bool overwriteInput = false;  // an output may replace one of the run's inputs
     double rate = 25.0;
     double pixelAspect = 1.0;
     bool matte = false;
