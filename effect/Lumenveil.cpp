@@ -115,18 +115,21 @@ void Lumenveil::buildKernel(const ApertureVZ& aperture, int32_t width, int32_t h
 void Lumenveil::keepOrBuildKernel(int32_t width, int32_t height)
 {
     const ApertureVZ aperture = Aperture();
-    const int32_t shapeCode = aperture.shape;
     float pixelRadius1, pixelRadius2;
     aperture.ShapeRadii(width, &pixelRadius1, &pixelRadius2);
     engine->SetPixelAspect(pixelAspectX, pixelAspectY);
 
-    if (!kernelStands(shapeCode, width, height, pixelRadius1, pixelRadius2))
+    if (kernelOnly || !kernelStands(aperture.shape, width, height, pixelRadius1, pixelRadius2))
         buildKernel(aperture, width, height, pixelRadius1, pixelRadius2);
+    keepValues(aperture.shape, width, height, pixelRadius1, pixelRadius2);
+}
 
+void Lumenveil::keepValues(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2)
+{
     // Kept on every render, also when nothing was rebuilt: a drift below the
     // tolerance per frame never rebuilds the kernel.
-    lastRadius1 = pixelRadius1;
-    lastRadius2 = pixelRadius2;
+    lastRadius1 = radius1;
+    lastRadius2 = radius2;
     lastShape = shapeCode;
     lastRotation = static_cast<float>(rotation.value);
     lastSides = sides.value;
@@ -134,6 +137,24 @@ void Lumenveil::keepOrBuildKernel(int32_t width, int32_t height)
     lastAspectY = pixelAspectY;
     lastWidth = width;
     lastHeight = height;
+}
+
+bool Lumenveil::TrackKernel(int32_t width, int32_t height, float aspectX, float aspectY)
+{
+    pixelAspectX = aspectX;
+    pixelAspectY = aspectY;
+    const ApertureVZ aperture = Aperture();
+    float pixelRadius1, pixelRadius2;
+    aperture.ShapeRadii(width, &pixelRadius1, &pixelRadius2);
+    const bool builds = !kernelStands(aperture.shape, width, height, pixelRadius1, pixelRadius2);
+    keepValues(aperture.shape, width, height, pixelRadius1, pixelRadius2);
+    kernelValid = 1;
+    return builds;
+}
+
+void Lumenveil::settleKernelOnly()
+{
+    outcome = kernelFailed ? RenderOutcomeVZ{RENDER_KERNEL_FAILED, kernelStatus} : RenderOutcomeVZ{RENDER_DONE, 0};
 }
 
 void Lumenveil::Render()
@@ -150,6 +171,13 @@ void Lumenveil::Render()
     const int32_t height = in->height;
     pixelAspectX = static_cast<float>(out->pixelAspect[0]);
     pixelAspectY = static_cast<float>(out->pixelAspect[1]);
+    if (kernelOnly) {
+        engine->SetRowRunner(this, PluginVZ::RunRows);
+        engine->SetAbortCheck(this, PluginVZ::ShouldAbort);
+        keepOrBuildKernel(width, height);
+        settleKernelOnly();
+        return;
+    }
 
     ImageRec* inputRec = image_from_vzimage(in);
     ImageRec* outputRec = inputRec ? image_clone(inputRec) : nullptr;

@@ -55,6 +55,12 @@ public:
     // not: the old engine goes, with its kernel. An engine that cannot be made
     // leaves `engine` null, and renders do nothing.
     void SelectEngine(uint32_t mode);
+    // What a render of a width x height frame at the controls' values would
+    // decide, without rendering or building: true when it would build the
+    // kernel anew. The values are kept for the next frame's comparison, as a
+    // render keeps them, and the kernel counts as made (the builds of
+    // kernelOnly follow).
+    bool TrackKernel(int32_t width, int32_t height, float aspectX, float aspectY);
 
     float pixelAspectX;
     float pixelAspectY;
@@ -74,6 +80,9 @@ public:
     // Held by the host effect that renders through this Lumenveil: an effect
     // and its clones share it and render one at a time.
     std::mutex renderLock;
+    // Set, Render and RenderLinear build the kernel of their frame whether or
+    // not it stands, and render nothing: the output frame is not touched.
+    bool kernelOnly = false;
 
 protected:
     // The last kernel build failed (its engine status in kernelStatus): a
@@ -90,6 +99,10 @@ private:
     // Works out the pixel radii of this frame, keeps the kernel or builds it
     // anew, and stores the values the next frame is compared with.
     void keepOrBuildKernel(int32_t width, int32_t height);
+    // Keeps this frame's values for the next frame's comparison.
+    void keepValues(int32_t shapeCode, int32_t width, int32_t height, float radius1, float radius2);
+    // The outcome of a kernelOnly render.
+    void settleKernelOnly();
     // Cuts the image aperture out of the Spread frame.
     void buildImageKernel(const ApertureVZ& aperture, int32_t width, int32_t height);
 };

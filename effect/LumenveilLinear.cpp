@@ -14,6 +14,10 @@ bool Lumenveil::RenderLinear(LinearFrameVZ& frame, double highlightEmphasis, dou
     engine->SetRowRunner(this, PluginVZ::RunRows);
     engine->SetAbortCheck(this, PluginVZ::ShouldAbort);
     keepOrBuildKernel(frame.width, frame.height);
+    if (kernelOnly) {
+        settleKernelOnly();
+        return !kernelFailed;
+    }
 
     highlight_emphasise_pixels(frame.pixels, frame.PixelCount(), highlightEmphasis, highlightThreshold);
     bool done = true;

@@ -254,6 +254,8 @@ void* Plug::FindInterface(const GUID& iid)
         return static_cast<IDSTransformNeeds*>(this);
     if (IsEqualGUID(iid, IID_IDSRenderStatus))
         return static_cast<IDSRenderStatus*>(this);
+    if (IsEqualGUID(iid, IID_IDSKernelHistory))
+        return static_cast<IDSKernelHistory*>(this);
     return CDSImageEffect::FindInterface(iid);
 }
 

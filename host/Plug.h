@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "hostsdk/CDSImageEffect.h"
+#include "hostsdk/IDSKernelHistory.h"
 #include "hostsdk/IDSPointSpread.h"
 #include "hostsdk/IDSRenderStatus.h"
 #include "hostsdk/IDSTransformNeeds.h"
@@ -28,7 +29,11 @@ struct EffectBitmap {
     const uint8_t* pixels;  // B G R
 };
 
-class Plug : public CDSImageMIEffect, public IDSPointSpread, public IDSTransformNeeds, public IDSRenderStatus {
+class Plug : public CDSImageMIEffect,
+             public IDSPointSpread,
+             public IDSTransformNeeds,
+             public IDSRenderStatus,
+             public IDSKernelHistory {
 public:
     // Makes the Lumenveil an effect object works with (Init calls it).
     typedef Lumenveil* (*LumenveilMaker)();
@@ -41,8 +46,8 @@ public:
 
     HRESULT Init() override;
 
-    // The base's interfaces, IID_IDSPointSpread, IID_IDSTransformNeeds and
-    // IID_IDSRenderStatus, on one count.
+    // The base's interfaces, IID_IDSPointSpread, IID_IDSTransformNeeds,
+    // IID_IDSRenderStatus and IID_IDSKernelHistory, on one count.
     HRESULT QueryInterface(const GUID& iid, void** out) override;
     uint32_t AddRef() override;
     uint32_t Release() override;
@@ -54,6 +59,9 @@ public:
                               DSTransformNeeds* needs) override;
     // What the last Execute came to: S_OK when its frame reached the output.
     HRESULT GetRenderStatus(HRESULT* status, const char** reason) override;
+    // The kernel decisions of the frames before a render's first.
+    HRESULT TrackKernel(double time, int32_t* builds) override;
+    HRESULT BuildKernel(double time) override;
 
     HRESULT GetName(wchar_t* buffer, int size);
     HRESULT GetLongName(wchar_t* buffer, int size);
@@ -129,6 +137,9 @@ protected:
     LumenveilMaker lumenveilMaker;
 
 private:
+    // Execute once the effect has its turn; with `kernelOnly` the frame's
+    // kernel is built and nothing is rendered.
+    HRESULT executeInTurn(double time, bool kernelOnly);
     // Sets the render status from Execute's result and the render's outcome.
     void settleRenderStatus(HRESULT executed);
     HRESULT renderStatus = E_FAIL;

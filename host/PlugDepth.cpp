@@ -147,6 +147,9 @@ void* PlugDepth::FindInterface(const GUID& iid)
 {
     if (IsEqualGUID(iid, IID_IDSDepthRadius))
         return static_cast<IDSDepthRadius*>(this);
+    // The depth render builds its kernels per layer, with no history.
+    if (IsEqualGUID(iid, IID_IDSKernelHistory))
+        return nullptr;
     return Plug::FindInterface(iid);
 }
 

@@ -181,7 +181,8 @@ HRESULT Plug::executeFrames(double time, double position, const HostBuffer& in, 
     readParameters(time);
     lumenveil->renderMonitor = host;
     const HRESULT status = runRender(position);
-    if (!hostStopped()) {
+    // A kernel-only render leaves the host's output image as it is.
+    if (!lumenveil->kernelOnly && !hostStopped()) {
         // The selectors' places cross green and blue; the merge takes R, G, B, A.
         mergeChannels(inputFrame.get(), outputFrame.get(), channelSelect[DS_PLACE_RED], channelSelect[DS_PLACE_GREEN],
                       channelSelect[DS_PLACE_BLUE], channelSelect[DS_PLACE_ALPHA]);
@@ -231,16 +232,21 @@ void Plug::settleRenderStatus(HRESULT executed)
     }
 }
 
-HRESULT Plug::Execute(double time)
+HRESULT Plug::Execute(double time) { return executeInTurn(time, false); }
+
+HRESULT Plug::executeInTurn(double time, bool kernelOnly)
 {
     std::unique_lock<std::mutex> turn;
     if (lumenveil) {
         turn = std::unique_lock<std::mutex>(lumenveil->renderLock);
         lumenveil->outcome = RenderOutcomeVZ{};
+        lumenveil->kernelOnly = kernelOnly;
     }
     stopped = false;
     failureReason = nullptr;
     const HRESULT executed = executeSteps(time);
+    if (lumenveil)
+        lumenveil->kernelOnly = false;
     settleRenderStatus(executed);
     return executed;
 }

@@ -122,7 +122,7 @@ HRESULT Plug::renderLinear(LinearFrameVZ& frame, const LinearFrameVZ* input, con
         failureReason = lumenveil->outcome.Reason();
         return lumenveil->engine->GetStatus() == FFT_ERR_MEMORY ? E_OUTOFMEMORY : E_FAIL;
     }
-    if (hostStopped())
+    if (lumenveil->kernelOnly || hostStopped())
         return S_OK;
     if (input)
         mergeLinearChannels(*input, frame, channelSelect[DS_PLACE_RED], channelSelect[DS_PLACE_GREEN],

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 #include "tools/lumenveil/cli_error.h"
 
@@ -84,6 +85,33 @@ std::string framePath(const std::string& pattern, long frame)
     char number[32];
     std::snprintf(number, sizeof number, "%0*ld", width, frame);
     return pattern.substr(0, at) + number + pattern.substr(at + length);
+}
+
+long firstFrameOnDisk(const std::string& pattern)
+{
+    size_t at = 0, length = 0;
+    int width = 0;
+    if (!findPattern(pattern, &at, &length, &width))
+        return -1;
+    const size_t slash = pattern.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : pattern.substr(0, slash + 1);
+    const size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+    const std::string prefix = pattern.substr(nameStart, at - nameStart);
+    const std::string suffix = pattern.substr(at + length);
+    long first = -1;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.size() <= prefix.size() + suffix.size() || name.compare(0, prefix.size(), prefix) != 0 ||
+            name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0)
+            continue;
+        long frame = 0;
+        // The number must be the one the pattern writes for it (padding included).
+        if (parseFrameNumber(name.substr(prefix.size(), name.size() - prefix.size() - suffix.size()), &frame) &&
+            framePath(pattern, frame) == pattern.substr(0, nameStart) + name && (first < 0 || frame < first))
+            first = frame;
+    }
+    return first;
 }
 
 FrameList parseFrameList(const std::string& text)

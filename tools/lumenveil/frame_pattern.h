@@ -34,6 +34,10 @@ bool hasFramePattern(const std::string& path);
 // A path without a pattern is returned as it is.
 std::string framePath(const std::string& pattern, long frame);
 
+// The lowest frame number of the files in `pattern`'s folder that the
+// pattern names, or -1 when there is none (or no pattern).
+long firstFrameOnDisk(const std::string& pattern);
+
 // A comma-separated list of "A", "A-B" (A <= B) and "A-BxN" (every Nth
 // frame from A to B), frames at or above 0: "1-100", "1-100x5",
 // "1,5,9-12"; UsageError otherwise.

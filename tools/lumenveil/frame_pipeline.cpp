@@ -13,6 +13,7 @@
 #include "tools/lumenveil/cli_error.h"
 #include "embed/host_frame.h"
 #include "tools/lumenveil/interrupt.h"
+#include "tools/lumenveil/kernel_history.h"
 #include "tools/lumenveil/progress_meter.h"
 
 namespace {
@@ -151,12 +152,41 @@ IDSImage* FramePipeline::spreadFor(const LoadedFrame& frame, long f)
     return stillSpread.get();
 }
 
-FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)
+void FramePipeline::present(long f, const LoadedFrame& frame)
 {
     host.SetInput(1, spreadFor(frame, f));
     host.SetInput(DS_INPUT_DEPTH, frame.depth.get());
     fx->SetInput(frame.images.input.get());
     fx->SetOutput(frame.images.output.get());
+}
+
+void FramePipeline::followKernelHistory(long first, const LoadedFrame& frame)
+{
+    const ComRef<IDSKernelHistory> history = ComRef<IDSKernelHistory>::Query(fx, IID_IDSKernelHistory);
+    const std::vector<long> before = history ? framesBefore(r, plan, first) : std::vector<long>();
+    if (before.empty())
+        return;
+    // The tracked frames take the first frame's size: a sequence has one.
+    present(first, frame);
+    for (long f : kernelBuildsAmong(history.get(), before, r.rate)) {
+        if (interruptRequested())
+            throw Interrupted("");
+        // A frame before the run that cannot be read is left out of its history.
+        try {
+            const LoadedFrame earlier = load(f, HostFrames{});
+            present(f, earlier);
+            history->BuildKernel(f / r.rate);
+        } catch (const Failure&) {
+        }
+    }
+    present(first, frame);
+    int32_t builds = 0;
+    history->TrackKernel(before.back() / r.rate, &builds);
+}
+
+FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)
+{
+    present(f, frame);
     if (interruptRequested())
         throw Interrupted("");
     const double time = f / r.rate;
@@ -230,6 +260,8 @@ void FramePipeline::Run()
             next = std::async(std::launch::async, &FramePipeline::load, this, frames[i + 1], std::move(spare));
         Rendered rendered;
         try {
+            if (i == 0)
+                followKernelHistory(f, current);
             rendered = execute(f, current);
         } catch (const Interrupted&) {
             if (writing.valid())

@@ -29,6 +29,11 @@ private:
 
     // Frame f read into host images (`images`, or new ones where it has none).
     LoadedFrame load(long f, HostFrames images);
+    // Sets frame f's images on the effect and its host.
+    void present(long f, const LoadedFrame& frame);
+    // Before the first frame `first` (loaded as `frame`): the effect brought
+    // to where a run from the sequence's first frame would stand.
+    void followKernelHistory(long first, const LoadedFrame& frame);
     // The Spread image for the frame just loaded, or null without one.
     IDSImage* spreadFor(const LoadedFrame& frame, long f);
     // Frame f through the effect's Execute, and the pictures drawn beside it.

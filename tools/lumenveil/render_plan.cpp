@@ -147,19 +147,22 @@ std::string frameRuns(const std::vector<long>& frames)
 
 }  // namespace
 
+bool frameFilesExist(const RenderRequest& r, const RenderPlan& plan, long f)
+{
+    auto exists = [f](const std::string& pattern) {
+        std::error_code error;
+        return pattern.empty() || !hasFramePattern(pattern) || fs::exists(framePath(pattern, f), error);
+    };
+    return exists(r.input) && exists(r.spread) && exists(plan.depthMap ? plan.depthMap->path : "");
+}
+
 void clampToExistingFrames(const RenderRequest& r, RenderPlan& plan)
 {
     if (!r.framesClamp)
         return;
-    auto exists = [](const std::string& pattern, long f) {
-        std::error_code error;
-        return pattern.empty() || !hasFramePattern(pattern) || fs::exists(framePath(pattern, f), error);
-    };
     std::vector<long> kept, skipped;
     for (long f : plan.frames.frames)
-        (exists(r.input, f) && exists(r.spread, f) && exists(plan.depthMap ? plan.depthMap->path : "", f) ? kept
-                                                                                                          : skipped)
-            .push_back(f);
+        (frameFilesExist(r, plan, f) ? kept : skipped).push_back(f);
     if (kept.empty())
         throw Failure("--frames-clamp: none of the frames " + frameRuns(skipped) + " exists (" +
                       framePath(r.input, skipped.front()) + " ...)");

@@ -36,6 +36,10 @@ bool depthInInput(const RenderRequest& request, const RenderPlan& plan);
 // others.
 RenderPlan checkRequest(const RenderRequest& request, const RunOutputs& outputs);
 
+// Whether every file frame `f` reads exists: INPUT, and the Spread picture
+// and depth map where they are sequences.
+bool frameFilesExist(const RenderRequest& request, const RenderPlan& plan, long f);
+
 // With --frames-clamp, drops the frames whose INPUT (or Spread or depth map,
 // when they are sequences) is missing and says which in one line on stderr;
 // Failure when none is left.

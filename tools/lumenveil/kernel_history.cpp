@@ -1,0 +1,31 @@
+#include "tools/lumenveil/kernel_history.h"
+
+#include <deque>
+
+#include "tools/lumenveil/frame_pattern.h"
+
+std::vector<long> framesBefore(const RenderRequest& r, const RenderPlan& plan, long first)
+{
+    std::vector<long> frames;
+    if (!plan.sequence || plan.depthMap || !hasFramePattern(r.input))
+        return frames;
+    const long start = firstFrameOnDisk(r.input);
+    for (long f = start < 0 ? first : start; f < first; ++f)
+        if (frameFilesExist(r, plan, f))
+            frames.push_back(f);
+    return frames;
+}
+
+std::vector<long> kernelBuildsAmong(IDSKernelHistory* history, const std::vector<long>& frames, double rate)
+{
+    std::deque<long> builds;
+    for (long f : frames) {
+        int32_t buildsHere = 0;
+        if (FAILED(history->TrackKernel(f / rate, &buildsHere)) || !buildsHere)
+            continue;
+        builds.push_back(f);
+        if (builds.size() > static_cast<size_t>(kKernelHistoryBuilds))
+            builds.pop_front();
+    }
+    return {builds.begin(), builds.end()};
+}
