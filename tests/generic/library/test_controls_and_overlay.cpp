@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <set>
 #include <tuple>
@@ -112,10 +113,11 @@ TEST_F(Controls, ReadersTakeTheirWidgetOrTheAnimatedProperty)
     EXPECT_EQ(std::tuple(page.asked, real, y), std::tuple(4.0, 0.25, 0.75));
 }
 
-// A drawn primitive: its mode and vertices.
+// A drawn primitive: its mode, vertices, and the colour in force.
 struct Primitive {
     GLenum mode;
     std::vector<std::pair<float, float>> points;
+    std::array<float, 4> colour;
 };
 
 // The overlay items on their own, over a 200 x 100 frame.
@@ -137,9 +139,12 @@ protected:
         surface.calls.clear();
         item.Draw();
         std::vector<Primitive> drawn;
+        std::array<float, 4> colour = {0, 0, 0, 0};
         for (const DrawCall& call : surface.calls)
-            if (call.kind == DrawCall::BEGIN)
-                drawn.push_back({call.mode, {}});
+            if (call.kind == DrawCall::COLOUR)
+                std::copy(call.v, call.v + 4, colour.begin());
+            else if (call.kind == DrawCall::BEGIN)
+                drawn.push_back({call.mode, {}, colour});
             else if (call.kind == DrawCall::VERTEX)
                 drawn.back().points.emplace_back(call.v[0], call.v[1]);
         return drawn;
@@ -152,6 +157,48 @@ protected:
     OverlayVZ frame;
     DrawingSurface surface;
 };
+
+TEST_F(OverlayItems, ACircleIsYellowChordsOfAboutFourPixelsClosedDashedEveryOtherAndNoneBelowFivePixels)
+{
+    // Centre (100, 50), radius 0.1 of the width: 10 px; the x handle alone, grey.
+    CircleOverlayVZ& circle = fx.innerCircle;
+    circle.centre[0] = circle.centre[1] = 0.5f;
+    circle.radius[0] = circle.radius[1] = 0.1f;
+    circle.singleHandle = 1;
+    // Chords of 4 px on a width of 20: a step of 360 / (20 pi / 4) degrees, at most 36.
+    const auto stepFor = [](double width) { return std::min(36.0, double(float(360.0 / (M_PI * width / 4.0)))); };
+    const double step = stepFor(20.0);
+    const int chords = int(360.0 / step);
+    for (const int dashed : {0, 1}) {
+        circle.dashed = dashed;
+        const std::vector<Primitive> drawn = draw(circle);
+        ASSERT_FALSE(drawn.empty());
+        // Solid: one chord a step from 0 to 360 degrees, and one closing; dashed: every other.
+        EXPECT_EQ(int(drawn.size()) - 1, dashed ? (chords + 1) / 2 + 1 : chords + 1);
+        for (size_t i = 0; i + 1 < drawn.size(); ++i) {
+            EXPECT_EQ(drawn[i].mode, GL_LINES);
+            EXPECT_EQ(drawn[i].colour, (std::array<float, 4>{1, 1, 0, 1}));
+            for (const auto& [x, y] : drawn[i].points)
+                EXPECT_NEAR(std::hypot(x - 100.0, y - 50.0), 10.0, 1e-3);
+        }
+        // The closing chord joins the point at angle 0 to the last one.
+        const Primitive& closing = drawn[drawn.size() - 2];
+        EXPECT_NEAR(closing.points[0].first, 110.0, 1e-4);
+        EXPECT_NEAR(closing.points[0].second, 50.0, 1e-4);
+        EXPECT_NEAR(closing.points[1].first, 100.0 + 10.0 * std::cos(chords * step * M_PI / 180.0), 1e-3);
+        EXPECT_EQ(drawn.back().mode, GL_QUADS);
+        EXPECT_EQ(quadCentre(drawn.back()), std::pair(110.0f, 50.0f));
+        EXPECT_EQ(drawn.back().colour, (std::array<float, 4>{0.5f, 0.5f, 0.5f, 1}));
+    }
+    // Radius 3 px: the step is capped at 36 degrees; radius 2 px, a width of 4: the handle alone.
+    circle.dashed = 0;
+    circle.radius[0] = circle.radius[1] = 0.03f;
+    EXPECT_EQ(int(draw(circle).size()) - 1, int(360.0 / stepFor(6.0)) + 1);
+    circle.radius[0] = circle.radius[1] = 0.02f;
+    const std::vector<Primitive> handleOnly = draw(circle);
+    ASSERT_EQ(handleOnly.size(), 1u);
+    EXPECT_EQ(quadCentre(handleOnly[0]), std::pair(102.0f, 50.0f));
+}
 
 TEST_F(OverlayItems, ATurnedEllipseHasItsHandlesAtZeroMinusNinetyAndMinusFortyFiveDegrees)
 {
@@ -255,11 +302,22 @@ TEST_F(OverlayItems, CrosshairDiagonalsAtHalfTheOffsetsAndItsDragMovesTheCentre)
             want.insert({{50 + 2.5f * s, 50 + 2.5f * t}, {50 + 6.25f * s, 50 + 6.25f * t}});
     }
     EXPECT_EQ(strokes, want);
-    EXPECT_EQ(quadCentre(drawn[8]), std::pair(50.0f, 50.0f));
+    EXPECT_EQ(drawn[0].colour, (std::array<float, 4>{1, 1, 1, 1}));
+    // The handle, half-size 5 / 2, closed on its first corner.
+    EXPECT_EQ(drawn[8].points, (std::vector<std::pair<float, float>>{
+                                   {47.5f, 47.5f}, {52.5f, 47.5f}, {52.5f, 52.5f}, {47.5f, 52.5f}, {47.5f, 47.5f}}));
 
+    // A handle is hit strictly inside its square: presses on the rim grab nothing.
+    cross.controlA = &fx.centre;
+    for (const auto& [x, y] : {std::pair{52.5f, 50.0f}, {47.5f, 50.0f}, {50.0f, 52.5f}, {50.0f, 47.5f}}) {
+        cross.Mouse(OVERLAY_PRESS, x, y);
+        EXPECT_EQ(cross.activeHandle, 0) << x << ", " << y;
+        cross.Mouse(OVERLAY_DRAG, 80.0f, 80.0f);
+        cross.Mouse(OVERLAY_RELEASE, 80.0f, 80.0f);
+    }
+    EXPECT_TRUE(page.Writes().empty());
     // Dragged to (100, 25): the page's two number widgets follow, the
     // properties are written at release, x then y.
-    cross.controlA = &fx.centre;
     cross.Mouse(OVERLAY_PRESS, 51.0f, 49.0f);
     cross.Mouse(OVERLAY_DRAG, 100.0f, 25.0f);
     EXPECT_EQ(std::pair(page.GetHwndControl(ID_CENTRE)->value.dblVal, page.GetHwndControl(ID_CENTRE + 1)->value.dblVal),
