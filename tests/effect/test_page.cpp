@@ -8,7 +8,6 @@
 
 #include "effect/Lumenveil.h"
 #include "hostsdk/CDSBasePropertyPage.h"
-#include "hostsdk/gl.h"
 #include "../generic/library/page_fixture.h"
 
 namespace {
@@ -26,12 +25,6 @@ TEST_F(Page, UpdateControlsAppliesShapesTableThenMatchRadii)
     EXPECT_TRUE(!shown(ID_CENTRE) && shown(ID_SIDES) && shown(ID_RADIUS_Y));
 }
 
-// A drawn primitive: its mode and vertices.
-struct Primitive {
-    GLenum mode;
-    std::vector<std::pair<float, float>> points;
-};
-
 class Overlay : public Page {
 protected:
     void SetUp() override
@@ -44,25 +37,8 @@ protected:
         fx.radiusPsf1.value = 0.1;  // 10 px: the x handle at (110, 50)
         fx.radiusPsf2.value = 0.3;  // 30 px: at (130, 50)
         fx.centre.x = fx.centre.y = 0.5;
-        drawingMakeCurrent(&surface);
     }
-    void TearDown() override { drawingMakeCurrent(nullptr); }
-    std::vector<Primitive> draw()
-    {
-        surface.calls.clear();
-        fx.Draw();
-        std::vector<Primitive> drawn;
-        for (const DrawCall& call : surface.calls)
-            if (call.kind == DrawCall::BEGIN)
-                drawn.push_back({call.mode, {}});
-            else if (call.kind == DrawCall::VERTEX)
-                drawn.back().points.emplace_back(call.v[0], call.v[1]);
-        return drawn;
-    }
-    static std::pair<float, float> quadCentre(const Primitive& quad)
-    {
-        return {(quad.points[0].first + quad.points[2].first) / 2, (quad.points[0].second + quad.points[2].second) / 2};
-    }
+    std::vector<Primitive> draw() { return drawnBy(fx, surface); }
     DrawingSurface surface;
 };
 

@@ -1,11 +1,50 @@
 // A parameter block (LumenveilInfo, or an effect built on it) with every
-// control on one property page, each with its widgets and a property of its own.
+// control on one property page, each with its widgets and a property of its own;
+// and what an overlay draws, primitive by primitive.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
 #include "generic/library/LumenveilInfo.h"
 #include "hostsdk/CDSBasePropertyPage.h"
+#include "hostsdk/gl.h"
+
+// A drawn primitive: its mode, vertices, and the colour in force.
+struct Primitive {
+    GLenum mode;
+    std::vector<std::pair<float, float>> points;
+    std::array<float, 4> colour;
+};
+
+// What `item.Draw()` draws on `surface`, made current for the call.
+template <class Item> std::vector<Primitive> drawnBy(Item& item, DrawingSurface& surface)
+{
+    surface.calls.clear();
+    drawingMakeCurrent(&surface);
+    item.Draw();
+    drawingMakeCurrent(nullptr);
+    std::vector<Primitive> drawn;
+    std::array<float, 4> colour = {0, 0, 0, 0};
+    for (const DrawCall& call : surface.calls)
+        if (call.kind == DrawCall::COLOUR)
+            std::copy(call.v, call.v + 4, colour.begin());
+        else if (call.kind == DrawCall::BEGIN)
+            drawn.push_back({call.mode, {}, colour});
+        else if (call.kind == DrawCall::VERTEX)
+            drawn.back().points.emplace_back(call.v[0], call.v[1]);
+    return drawn;
+}
+
+// The centre of a handle's square.
+inline std::pair<float, float> quadCentre(const Primitive& quad)
+{
+    return {(quad.points[0].first + quad.points[2].first) / 2, (quad.points[0].second + quad.points[2].second) / 2};
+}
 
 // A page that notes the time each animated read asks for.
 struct TimedPage : CDSBasePropertyPage {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <set>
 #include <tuple>
@@ -17,7 +16,6 @@
 #include "generic/library/PluginVZ.h"
 #include "hostsdk/CDSBasePropertyPage.h"
 #include "hostsdk/IDSImageEffectHost.h"
-#include "hostsdk/gl.h"
 #include "page_fixture.h"
 
 namespace {
@@ -113,13 +111,6 @@ TEST_F(Controls, ReadersTakeTheirWidgetOrTheAnimatedProperty)
     EXPECT_EQ(std::tuple(page.asked, real, y), std::tuple(4.0, 0.25, 0.75));
 }
 
-// A drawn primitive: its mode, vertices, and the colour in force.
-struct Primitive {
-    GLenum mode;
-    std::vector<std::pair<float, float>> points;
-    std::array<float, 4> colour;
-};
-
 // The overlay items on their own, over a 200 x 100 frame.
 class OverlayItems : public Controls {
 protected:
@@ -130,29 +121,8 @@ protected:
         frame.imageHeight = 100;
         for (OverlayControlVZ* item : std::initializer_list<OverlayControlVZ*>{&fx.crosshair, &fx.innerCircle})
             item->owner = &frame;
-        drawingMakeCurrent(&surface);
     }
-    void TearDown() override { drawingMakeCurrent(nullptr); }
-    template <class Item>
-    std::vector<Primitive> draw(Item& item)
-    {
-        surface.calls.clear();
-        item.Draw();
-        std::vector<Primitive> drawn;
-        std::array<float, 4> colour = {0, 0, 0, 0};
-        for (const DrawCall& call : surface.calls)
-            if (call.kind == DrawCall::COLOUR)
-                std::copy(call.v, call.v + 4, colour.begin());
-            else if (call.kind == DrawCall::BEGIN)
-                drawn.push_back({call.mode, {}, colour});
-            else if (call.kind == DrawCall::VERTEX)
-                drawn.back().points.emplace_back(call.v[0], call.v[1]);
-        return drawn;
-    }
-    static std::pair<float, float> quadCentre(const Primitive& quad)
-    {
-        return {(quad.points[0].first + quad.points[2].first) / 2, (quad.points[0].second + quad.points[2].second) / 2};
-    }
+    template <class Item> std::vector<Primitive> draw(Item& item) { return drawnBy(item, surface); }
 
     OverlayVZ frame;
     DrawingSurface surface;
