@@ -97,6 +97,25 @@ inline ImageRec* randomPsf(int w, int h, int reach, std::mt19937& rng)
     return psf;
 }
 
+// Direct convolution of one plane (w x h, row-major) with the PSF, normalised,
+// the PSF's centre at (ceil(w / 2), ceil(h / 2)); outside the frame the edge
+// samples repeat, or there is nothing.
+template <typename Sample>
+std::vector<double> directPlane(const std::vector<Sample>& in, int w, int h, const ImageRec* psf, bool repeat = true)
+{
+    const auto* k = static_cast<const uint8_t*>(psf->pixels);
+    const double sum = std::accumulate(k, k + size_t(w) * h, 0.0);
+    std::vector<double> out(size_t(w) * h, 0.0);
+    for (int v = 0; v < h; ++v)
+        for (int u = 0; u < w; ++u)
+            for (int i = 0; k[v * w + u] && i < w * h; ++i) {
+                const int sx = i % w - (u - (w + 1) / 2), sy = i / w - (v - (h + 1) / 2);
+                if (repeat || (sx >= 0 && sy >= 0 && sx < w && sy < h))
+                    out[i] += k[v * w + u] / sum * in[std::clamp(sy, 0, h - 1) * w + std::clamp(sx, 0, w - 1)];
+            }
+    return out;
+}
+
 // Direct convolution of a frame with a PSF, edges repeated, in luma / chroma /
 // alpha, written from the colour equations. R, G, B, A per pixel on the
 // frame's sample scale.
@@ -106,36 +125,24 @@ inline std::vector<double> directConvolution(const Image& frame, const ImageRec*
     const int w = frame.rec->width, h = frame.rec->height;
     const double m = maxOfType(frame.rec->sampleType);
     const size_t n = size_t(w) * h;
-    std::vector<double> q(n * 4), c(n * 4, 0.0), out(n * 4);
+    std::vector<double> q[4], c[4], out(n * 4);
     for (size_t i = 0; i < n; ++i) {
         auto in = [&](int ch) { return frame.get(int(i % w), int(i / w), ch) / m; };
         const double r = in(0), g = in(1), b = in(2), a = withAlpha ? in(3) : 0.0;
-        q[i * 4] = emphasise(0.299 * r + 0.587 * g + 0.114 * b, e);
-        q[i * 4 + 1] = 0.5 * r - 0.418688 * g - 0.081312 * b + 0.5;
-        q[i * 4 + 2] = 0.617689 * b - 0.418688 * g - 0.213267 * r + 0.5;
-        q[i * 4 + 3] = alphaEmphasis ? emphasise(a, e) : a;
+        q[0].push_back(emphasise(0.299 * r + 0.587 * g + 0.114 * b, e));
+        q[1].push_back(0.5 * r - 0.418688 * g - 0.081312 * b + 0.5);
+        q[2].push_back(0.617689 * b - 0.418688 * g - 0.213267 * r + 0.5);
+        q[3].push_back(alphaEmphasis ? emphasise(a, e) : a);
     }
-    // out(x, y) = sum of psf(u, v) * in(x - (u - cx), y - (v - cy)), normalised,
-    // with the PSF's centre (cx, cy) = (ceil(w / 2), ceil(h / 2)).
-    const auto* kp = static_cast<const uint8_t*>(psf->pixels);
-    const double sum = std::accumulate(kp, kp + n, 0.0);
-    for (int v = 0; v < h; ++v)
-        for (int u = 0; u < w; ++u) {
-            const double wt = kp[v * w + u] / sum;
-            for (size_t i = 0; wt != 0 && i < n; ++i) {
-                const int sx = std::clamp(int(i % w) - (u - (w + 1) / 2), 0, w - 1);
-                const int sy = std::clamp(int(i / w) - (v - (h + 1) / 2), 0, h - 1);
-                for (int p = 0; p < 4; ++p)
-                    c[i * 4 + p] += wt * q[(size_t(sy) * w + sx) * 4 + p];
-            }
-        }
+    for (int p = 0; p < 4; ++p)
+        c[p] = directPlane(q[p], w, h, psf);
     auto unit = [](double v) { return std::clamp(v, 0.0, 1.0); };
     for (size_t i = 0; i < n; ++i) {
-        const double Y = deemphasise(c[i * 4], e), A = c[i * 4 + 1] - 0.5, B = c[i * 4 + 2] - 0.5;
+        const double Y = deemphasise(c[0][i], e), A = c[1][i] - 0.5, B = c[2][i] - 0.5;
         out[i * 4 + 0] = unit(1.402 * A + Y) * m;
         out[i * 4 + 1] = unit(Y * 0.996036 - A * 0.714136 - B * 0.277836) * m;
         out[i * 4 + 2] = unit(B * 1.430612 + Y * 1.020408) * m;
-        out[i * 4 + 3] = unit(alphaEmphasis ? deemphasise(c[i * 4 + 3], e) : c[i * 4 + 3]) * m;
+        out[i * 4 + 3] = unit(alphaEmphasis ? deemphasise(c[3][i], e) : c[3][i]) * m;
     }
     return out;
 }

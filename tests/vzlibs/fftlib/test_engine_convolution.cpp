@@ -35,8 +35,6 @@ TEST(EmphasisCurve, IdentityUpTo1001ThenHyperbolaAndPowerWithItsExponentCappedAt
     // beyond 14.5 (the hyperbola itself keeps the uncapped e).
     EXPECT_NEAR(emphasise(0.5, 2.0), 0.2, 1e-15);
     EXPECT_NEAR(deemphasise(0.2, 2.0), 0.5, 1e-15);
-    EXPECT_DOUBLE_EQ(exponentFor(60.0), 1.3);
-    EXPECT_DOUBLE_EQ(exponentFor(800.0), 14.5);
     for (double e : {1.002, 3.0, 10.0, 50.0, 50.5, 60.0, 333.0, 500.0, 800.0})
         for (double x : {0.0, 0.05, 0.3, 0.5, 0.77, 0.99, 1.0}) {
             const double a = 1.0 / e, d = e - a;
@@ -133,17 +131,15 @@ double lumaAt(const Image& img, int x, int y)
 
 TEST(EngineBorder, FlatFrameDarkensTowardsTheEdgesWithoutRepeatedEdges)
 {
+    // A disc of radius 4. With border mode 1 the margin keeps what earlier runs
+    // left, here the zeros of a fresh engine's planes: the flat frame darkens
+    // towards its edges.
     const int w = 24, h = 16, reach = 4;
-    Image psf(dotPsf(w, h));
+    Image psf(dotPsf(w, h)), frame(w, h, 4, 1);
     for (int dy = -reach; dy <= reach; ++dy)
         for (int dx = -reach; dx <= reach; ++dx)
-            if (dx * dx + dy * dy <= reach * reach)
-                static_cast<uint8_t*>(psf.rec->pixels)[(h / 2 + dy) * w + w / 2 + dx] = 255;
-    Image frame(w, h, 4, 1);
+            static_cast<uint8_t*>(psf.rec->pixels)[(h / 2 + dy) * w + w / 2 + dx] = dx * dx + dy * dy <= 16 ? 255 : 0;
     frame.each([&](int x, int y, int c) { frame.set(x, y, c, c == 3 ? 65535u : 40000u - 10000u * c); });
-
-    // With border mode 1 the margin keeps what earlier runs left, here the zeros
-    // of a fresh engine's planes: the flat frame darkens towards its edges.
     FftEngine bare;
     Image dark(image_clone(frame.rec));
     ASSERT_TRUE(bare.SetBorderMode(1) && bare.PrepareKernel(psf.rec, reach + 1) && bare.SetInput(frame.rec) &&

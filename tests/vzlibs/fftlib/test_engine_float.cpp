@@ -15,33 +15,6 @@ using namespace enginetest;
 
 namespace {
 
-// Direct convolution of one channel (w x h floats, row-major) with the PSF,
-// normalised, the PSF's centre at (ceil(w / 2), ceil(h / 2)); outside the frame
-// the edge samples repeat, or there is nothing.
-std::vector<double> directFloat(const std::vector<float>& in, int w, int h, const ImageRec* psf, bool repeat)
-{
-    const auto* k = static_cast<const uint8_t*>(psf->pixels);
-    double sum = 0.0;
-    for (int i = 0; i < w * h; ++i)
-        sum += k[i];
-    std::vector<double> out(size_t(w) * h, 0.0);
-    for (int v = 0; v < h; ++v)
-        for (int u = 0; u < w; ++u) {
-            if (!k[v * w + u])
-                continue;
-            const double weight = k[v * w + u] / sum;
-            for (int y = 0; y < h; ++y)
-                for (int x = 0; x < w; ++x) {
-                    int sx = x - (u - (w + 1) / 2), sy = y - (v - (h + 1) / 2);
-                    if (!repeat && (sx < 0 || sy < 0 || sx >= w || sy >= h))
-                        continue;
-                    sx = std::clamp(sx, 0, w - 1), sy = std::clamp(sy, 0, h - 1);
-                    out[size_t(y) * w + x] += weight * in[size_t(sy) * w + sx];
-                }
-        }
-    return out;
-}
-
 class FloatConvolution : public ::testing::TestWithParam<uint32_t> {
 protected:
     void SetUp() override { unsetenv(FFT_MODE_VARIABLE); }
@@ -72,7 +45,7 @@ TEST_P(FloatConvolution, InterleavedChannelsAgreeWithDirectConvolutionOnEveryRow
                 plane[i] = rgba[i * 4 + c];
             const FftEdge edge = c == 1 ? FFT_EDGE_ZERO : FFT_EDGE_REPEAT;
             ASSERT_TRUE(engine.ConvolveFloat({rgba.data() + c, 4, w * 4}, {into, 4, w * 4}, w, h, edge));
-            const std::vector<double> want = directFloat(plane, w, h, psf.rec, edge == FFT_EDGE_REPEAT);
+            const std::vector<double> want = directPlane(plane, w, h, psf.rec, edge == FFT_EDGE_REPEAT);
             for (size_t i = 0; i < plane.size(); ++i)
                 ASSERT_NEAR(into[i * 4], want[i], (c == 2 ? 50.0 : 1.0) * bound()) << w << "x" << h << " channel " << c << " at " << i;
         }
