@@ -56,6 +56,7 @@ TEST_F(Overlay, ImageShapeOnlyCrosshairAtTheCentreSolidInnerAndDashedOuterCircle
     EXPECT_EQ(fx.crosshair.visible + fx.innerCircle.visible + fx.outerCircle.visible, 3);
     // The crosshair's four strokes and its handle.
     ASSERT_GE(drawn.size(), 5u);
+    ASSERT_EQ(drawn[4].mode, GL_QUADS);
     EXPECT_NEAR(quadCentre(drawn[4]).first, 60.0, 1e-4);
     EXPECT_NEAR(quadCentre(drawn[4]).second, 40.0, 1e-4);
     // Then each circle's chords and its one handle, at (60 + r, 40).

@@ -1,8 +1,8 @@
 // The parameter block's controls on a property page (what Shape and Match
 // Radii show, how values are read, widgets enabled and hidden), the overlay
-// items on their own (a turned ellipse with three handles, the crosshair with
-// its diagonals, drags reaching the page and the properties), and the host
-// link's abort check.
+// items on their own (a circle's chords, dashes and handle, a turned ellipse
+// with three handles, the crosshair with its diagonals, handle hits, drags
+// reaching the page and the properties), and the host link's abort check.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -297,6 +297,8 @@ TEST_F(OverlayItems, CrosshairDiagonalsAtHalfTheOffsetsAndItsDragMovesTheCentre)
     ASSERT_EQ(page.Writes().size(), 2u);
     EXPECT_EQ(std::pair(page.Writes()[0].guid.Data1, page.Writes()[1].guid.Data1), std::pair(guids[9].Data1, guidY.Data1));
     EXPECT_EQ(std::pair(page.Writes()[0].value.dblVal, page.Writes()[1].value.dblVal), std::pair(0.5, 0.25));
+    for (const auto& write : page.Writes())  // one undo step each, at the current time
+        EXPECT_EQ(std::pair(write.undoStyle, write.time), std::pair(1, -1.0));
 }
 
 TEST(PluginVZ, ShouldAbortStopsOnAnAnswerOfZeroOrLess)

@@ -1,10 +1,13 @@
-// The heap: its hash and block tables, its three layers, its messages,
+// The heap: its hash and block tables, its three layers, its timer, its messages,
 // the switches read from VZ_HEAP_DEBUG at start-up, and aligned blocks on top.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <memory>
+#include <thread>
 #include <vector>
 
 #include "tests/vzlibs/baselib/test_support.h"
@@ -181,6 +184,49 @@ TEST_F(HeapTest, TraceLinesOfEachLayer)
     vz_free(vz_strdup("x", "p.cpp", 5), "p.cpp", 6);
     vz_free(nullptr, "p.cpp", 7);
     EXPECT_EQ(std::tuple(a != nullptr, normalCalls + imageCalls, log.take()), std::tuple(true, 0, ""));
+}
+
+// Hooks that sleep 20 ms, long enough for the millisecond timer.
+void* slowMalloc(void*, uint32_t n) { return std::this_thread::sleep_for(std::chrono::milliseconds(20)), std::malloc(n); }
+void slowFree(void*, void* p) { std::this_thread::sleep_for(std::chrono::milliseconds(20)), std::free(p); }
+
+TEST_F(HeapTest, TimerOfBothKindsIsTheNormalOneAndRunsOnlyWhenTracked)
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    EXPECT_NEAR(hm_seconds(), static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_nsec / 1000000) * 0.001, 0.05);
+    const hm_normal_allocator normal{1, nullptr, slowMalloc, nullptr, nullptr, slowFree};
+    const hm_image_allocator image{1, nullptr, slowMalloc, nullptr, slowFree};
+    hm_set_allocators(&normal, &image);
+    const double t0 = hm_normal_info.timeSpent;
+    vz_image_free(vz_image_malloc(8, "slow.cpp", 1), "slow.cpp", 2);
+    const double t1 = hm_normal_info.timeSpent;
+    vz_free(vz_malloc(8, "slow.cpp", 3), "slow.cpp", 4);
+    EXPECT_TRUE(t1 - t0 >= 0.035 && hm_normal_info.timeSpent - t1 >= 0.035) << t0 << " " << t1;
+    EXPECT_EQ(hm_image_info.timeStart + hm_image_info.timeSpent, 0.0);
+    hm_configure(1, 0, 0);  // hooked: not timed, and the timer counts only when tracked
+    const double t2 = hm_normal_info.timeSpent, start = hm_normal_info.timeStart;
+    vz_image_free(vz_image_malloc(8, "slow.cpp", 5), "slow.cpp", 6);
+    hm_timer_start(&hm_normal_info);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    hm_timer_stop(&hm_normal_info);
+    EXPECT_EQ(std::pair(hm_normal_info.timeSpent, hm_normal_info.timeStart), std::pair(t2, start));
+}
+
+TEST_F(HeapTest, InternalErrorsAreReportedAndChangeNothing)
+{
+    auto stray = std::make_unique<hm_info>();  // too large for the stack
+    std::strcpy(stray->name, "STRAY");
+    hm_init_info(stray.get());
+    void* block = vz_malloc(8, "kept.cpp", 1);
+    hm_init_info(&hm_normal_info);  // once per kind: the table stays
+    EXPECT_EQ(record(&hm_normal_info, block) + stray->name, "8 kept.cpp(1)STRAY");
+    vz_free(block, "kept.cpp", 2);
+    hm_mutex_init = 0;
+    release_hm_mutex();  // nothing is released
+    hm_mutex_init = 1;
+    EXPECT_EQ(messages(), format("E INTERNAL ERROR: Asked to initialize unknown info at: %p.\n"
+                                 "E INTERNAL ERROR: release_hm_mutex() found hm_mutex_init=0!\n", static_cast<void*>(stray.get())));
 }
 
 // The switches a VZ_HEAP_DEBUG text sets, as "edt", after "refused " if it is refused.

@@ -208,6 +208,7 @@ TEST_F(PsfBuilders, ShapeRadiiAndPixelAspectShapeTheEllipse)
     const std::vector<unsigned char> clamped = picture();
     ASSERT_TRUE(build(1, 1.0f, 1.0f));
     EXPECT_EQ(picture(), clamped);
+    EXPECT_NEAR(measure().area, pi, 0.05);
     // Centre (32, 24); the ellipse is a 50-gon: 25 sin(2 pi / 50) x 10 x 5 of area.
     expectBox(1, 10.0f, 5.0f, 0.0f, {22, 41, 19, 28}, 1);
     EXPECT_NEAR(measure().area, 25.0 * std::sin(2.0 * pi / 50.0) * 50.0, 0.1);

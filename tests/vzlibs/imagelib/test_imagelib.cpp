@@ -33,9 +33,10 @@ TEST(ImageCreate, LimitsFieldsOfEachSampleTypeAndOwnershipOfThePixels)
         ImageRec* rec = image_create(3, 7, 5, type, 0x20003);  // the low 16 bits become ownsPixels
         ImageRec* like = image_create_like(rec);
         ASSERT_TRUE(rec && like && like->pixels != rec->pixels);
-        EXPECT_EQ(std::vector<int>({rec->sampleType, rec->ownsPixels, rec->sampleBytes, rec->pixelBytes,
+        EXPECT_EQ(std::vector<int>({rec->sampleType, rec->reserved, rec->ownsPixels, rec->sampleBytes, rec->pixelBytes,
                                     int(rec->rowBytes), like->channels, like->sampleType, like->ownsPixels}),
-                  std::vector<int>({type, 3, bytes, 5 * bytes, 15 * bytes, 5, type, 1}));
+                  std::vector<int>({type, 0, 3, bytes, 5 * bytes, 15 * bytes, 5, type, 1}));
+        EXPECT_EQ(rec->region[0] | rec->region[1] | rec->region[2] | rec->region[3] | rec->regionSet, 0u);
         EXPECT_EQ(rec->aspect, 3.0 / 7.0);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(rec->pixels) % sysconf(_SC_PAGESIZE), 0u);
         EXPECT_EQ(image_free(like) + image_free(rec), 0);
