@@ -72,6 +72,17 @@ void Lumenveil::SelectEngine(uint32_t mode)
     kernelFailed = false;
 }
 
+void Lumenveil::ForgetKernel()
+{
+    if (!engine)
+        return;
+    const uint32_t mode = engine->mode;
+    delete engine;
+    engine = new (std::nothrow) FftEngine(mode, FFT_MODE_AS_GIVEN);
+    kernelValid = 0;
+    kernelFailed = false;
+}
+
 void Lumenveil::buildImageKernel(const ApertureVZ& aperture, int32_t width, int32_t height)
 {
     float a, b;
@@ -150,6 +161,20 @@ bool Lumenveil::TrackKernel(int32_t width, int32_t height, float aspectX, float 
     keepValues(aperture.shape, width, height, pixelRadius1, pixelRadius2);
     kernelValid = 1;
     return builds;
+}
+
+double Lumenveil::KernelTrace() const
+{
+    const ImageRec* psf = engine ? engine->psfImage : nullptr;
+    if (!psf || !psf->pixels || !kernelValid)
+        return 1.0;
+    double sum = 0.0;
+    for (int y = 0; y < psf->height; ++y) {
+        const uint8_t* row = static_cast<const uint8_t*>(psf->pixels) + static_cast<size_t>(y) * psf->rowBytes;
+        for (int x = 0; x < psf->width; ++x)
+            sum += row[static_cast<size_t>(x) * psf->channels];
+    }
+    return 1.0 / (sum / 255.0 + 1.0);
 }
 
 void Lumenveil::settleKernelOnly()

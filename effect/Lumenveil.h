@@ -55,12 +55,19 @@ public:
     // not: the old engine goes, with its kernel. An engine that cannot be made
     // leaves `engine` null, and renders do nothing.
     void SelectEngine(uint32_t mode);
+    // A new engine of the same mode in place of the old: no kernel, and no
+    // trace of one in the next.
+    void ForgetKernel();
     // What a render of a width x height frame at the controls' values would
     // decide, without rendering or building: true when it would build the
     // kernel anew. The values are kept for the next frame's comparison, as a
     // render keeps them, and the kernel counts as made (the builds of
     // kernelOnly follow).
     bool TrackKernel(int32_t width, int32_t height, float aspectX, float aspectY);
+    // The weight of the previous kernel's trace in the engine's last built
+    // kernel: 1 / (W + 1), W the sum of its point-spread image (each sample
+    // over 255), the previous kernel summing to 1. 1 without a built kernel.
+    double KernelTrace() const;
 
     float pixelAspectX;
     float pixelAspectY;

@@ -61,7 +61,8 @@ public:
     HRESULT GetRenderStatus(HRESULT* status, const char** reason) override;
     // The kernel decisions of the frames before a render's first.
     HRESULT TrackKernel(double time, int32_t* builds) override;
-    HRESULT BuildKernel(double time) override;
+    HRESULT BuildKernel(double time, double* trace) override;
+    HRESULT ForgetKernel() override;
 
     HRESULT GetName(wchar_t* buffer, int size);
     HRESULT GetLongName(wchar_t* buffer, int size);

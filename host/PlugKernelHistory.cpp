@@ -29,4 +29,24 @@ HRESULT Plug::TrackKernel(double time, int32_t* builds)
     return S_OK;
 }
 
-HRESULT Plug::BuildKernel(double time) { return executeInTurn(time, true); }
+HRESULT Plug::BuildKernel(double time, double* trace)
+{
+    if (!trace)
+        return E_POINTER;
+    *trace = 1.0;
+    const HRESULT built = executeInTurn(time, true);
+    if (SUCCEEDED(built) && lumenveil) {
+        std::lock_guard<std::mutex> turn(lumenveil->renderLock);
+        *trace = lumenveil->KernelTrace();
+    }
+    return built;
+}
+
+HRESULT Plug::ForgetKernel()
+{
+    if (!lumenveil)
+        return E_FAIL;
+    std::lock_guard<std::mutex> turn(lumenveil->renderLock);
+    lumenveil->ForgetKernel();
+    return S_OK;
+}

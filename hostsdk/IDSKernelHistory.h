@@ -4,8 +4,10 @@
 // that shape it stay close, and each kernel it builds keeps a trace of the one
 // before; a render that starts late has neither. The host walks the frames
 // before its first with TrackKernel, which tells at which of them a render
-// would have built a kernel, builds the last of those with BuildKernel, and
-// tracks the frame before its first once more.
+// would have built a kernel, builds the last of those with BuildKernel (as
+// many as it takes for the traces they keep to fade; ForgetKernel before it
+// builds them again from further back), and tracks the frame before its
+// first once more.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +26,12 @@ struct IDSKernelHistory : IUnknown {
     // Builds the kernel of the frame at `time` from the images set now (the
     // Image aperture cuts it from the Spread input or the frame), as Execute
     // would when it builds, and renders nothing: the output image is not
-    // touched. The result and the render status are Execute's.
-    virtual HRESULT BuildKernel(double time) = 0;
+    // touched. *trace is the weight of the previous kernel's trace in the one
+    // built (1 when none was built): how much of what came before reaches
+    // the next frame. E_POINTER for a null `trace`; otherwise the result and
+    // the render status are Execute's.
+    virtual HRESULT BuildKernel(double time, double* trace) = 0;
+    // Drops the kernel and every trace of it: the next build is as the
+    // effect's first.
+    virtual HRESULT ForgetKernel() = 0;
 };

@@ -162,11 +162,13 @@ protected:
                    " -vf \"frei0r=filter_name=lumenveil:filter_params='" + params + "'\" -pix_fmt rgba " + output);
     }
 
+    // real_time=0: the consumer renders every frame in order, and drops none
+    // when the machine is busy.
     int melt(const std::string& input, int frames, const std::string& properties, const std::string& output)
     {
         return run("melt -quiet -profile profile.txt " + input + " out=" + std::to_string(frames - 1) +
                    " -filter frei0r.lumenveil " + properties + " -consumer avformat:" + output +
-                   " vcodec=png pix_fmt=rgba");
+                   " vcodec=png pix_fmt=rgba real_time=0");
     }
 
     // Lines of the last run's stderr that the filter wrote.

@@ -1,5 +1,6 @@
 #include "tools/lumenveil/frame_pipeline.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <future>
@@ -168,20 +169,38 @@ void FramePipeline::followKernelHistory(long first, const LoadedFrame& frame)
         return;
     // The tracked frames take the first frame's size: a sequence has one.
     present(first, frame);
-    for (long f : kernelBuildsAmong(history.get(), before, r.rate)) {
+    const std::vector<long> builds = kernelBuildsAmong(history.get(), before, r.rate);
+    const size_t tried = std::min(builds.size(), kFirstHistoryBuilds);
+    const std::vector<double> traces = buildAgain(history.get(), builds, tried);
+    const size_t needed = historyBuildsNeeded(traces, builds.size());
+    // From further back, on a kernel with no trace of the ones just built: the
+    // sequence's first build starts so in a long run.
+    if (needed > tried) {
+        history->ForgetKernel();
+        buildAgain(history.get(), builds, needed);
+    }
+    present(first, frame);
+    int32_t buildsThere = 0;
+    history->TrackKernel(before.back() / r.rate, &buildsThere);
+}
+
+std::vector<double> FramePipeline::buildAgain(IDSKernelHistory* history, const std::vector<long>& builds, size_t count)
+{
+    std::vector<double> traces;
+    for (size_t i = builds.size() - count; i < builds.size(); ++i) {
         if (interruptRequested())
             throw Interrupted("");
         // A frame before the run that cannot be read is left out of its history.
         try {
-            const LoadedFrame earlier = load(f, HostFrames{});
-            present(f, earlier);
-            history->BuildKernel(f / r.rate);
+            const LoadedFrame earlier = load(builds[i], HostFrames{});
+            present(builds[i], earlier);
+            double trace = 1.0;
+            if (SUCCEEDED(history->BuildKernel(builds[i] / r.rate, &trace)))
+                traces.push_back(trace);
         } catch (const Failure&) {
         }
     }
-    present(first, frame);
-    int32_t builds = 0;
-    history->TrackKernel(before.back() / r.rate, &builds);
+    return traces;
 }
 
 FramePipeline::Rendered FramePipeline::execute(long f, const LoadedFrame& frame)

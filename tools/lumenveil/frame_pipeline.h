@@ -4,9 +4,13 @@
 // from frame to frame.
 #pragma once
 
+#include <cstddef>
+#include <vector>
+
 #include "hostsdk/IDSImageEffect.h"
 #include "hostsdk/IDSImage.h"
 #include "hostsdk/IDSImageEffectHost.h"
+#include "hostsdk/IDSKernelHistory.h"
 #include "tools/lumenveil/overlay_picture.h"
 #include "tools/lumenveil/render_plan.h"
 
@@ -34,6 +38,9 @@ private:
     // Before the first frame `first` (loaded as `frame`): the effect brought
     // to where a run from the sequence's first frame would stand.
     void followKernelHistory(long first, const LoadedFrame& frame);
+    // Builds the kernels of the last `count` of `builds` again, in order;
+    // gives the traces they kept.
+    std::vector<double> buildAgain(IDSKernelHistory* history, const std::vector<long>& builds, size_t count);
     // The Spread image for the frame just loaded, or null without one.
     IDSImage* spreadFor(const LoadedFrame& frame, long f);
     // Frame f through the effect's Execute, and the pictures drawn beside it.
