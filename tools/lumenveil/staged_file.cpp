@@ -14,11 +14,21 @@
 
 namespace fs = std::filesystem;
 
-std::string temporaryNameOf(const std::string& target)
+namespace {
+
+// ".STEM" + `tag` + ".EXT" beside `path`.
+std::string hiddenBeside(const fs::path& path, const std::string& tag)
 {
-    const fs::path path(target);
-    return (path.parent_path() / ("." + path.stem().string() + ".partial" + path.extension().string())).string();
+    std::string name(".");
+    name += path.stem().string();
+    name += tag;
+    name += path.extension().string();
+    return (path.parent_path() / name).string();
 }
+
+}  // namespace
+
+std::string temporaryNameOf(const std::string& target) { return hiddenBeside(fs::path(target), ".partial"); }
 
 StagedFile::StagedFile(const std::string& targetPath) : target(targetPath)
 {
@@ -37,9 +47,7 @@ StagedFile::StagedFile(const std::string& targetPath) : target(targetPath)
         }
         if (errno != EEXIST)
             throw Failure("cannot write " + target + ": " + std::strerror(errno));
-        name = (path.parent_path() / ("." + path.stem().string() + ".partial-" + std::to_string(getpid()) + "-" +
-                                      std::to_string(serial++) + path.extension().string()))
-                   .string();
+        name = hiddenBeside(path, ".partial-" + std::to_string(getpid()) + "-" + std::to_string(serial++));
     }
 }
 
