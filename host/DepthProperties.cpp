@@ -31,7 +31,7 @@ struct DepthRow {
     int listCount = 0;
 };
 
-// Radii are fractions of the frame width, as RadiusX; lengths in millimetres.
+// Radii are fractions of half the frame's width, as RadiusX; lengths in millimetres.
 const DepthRow kDepthRows[] = {
     {PROPID_RadiusInfinity, KEY_RADIUS_INFINITY, DS_CAP_ANIMATED, VT_R8, 104, 105, 0.02, 0.0, 0.3},
     {PROPID_UseLens, KEY_USE_LENS, DS_CAP_PLAIN, VT_BOOL, 106, 107, 0, 0, 1},

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A fraction of the frame width in pixels, rounded to a float, at least 0.5.
+// A fraction of half the frame's width in pixels, rounded to a float, at least 0.5.
 float pixels(double fraction, int width) { return std::max(0.5f, float(fraction * 0.5 * width)); }
 
 int64_t powerOfTwoAtLeast(int64_t n)
