@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <future>
 #include <optional>
 #include <vector>
@@ -161,12 +162,13 @@ void FramePipeline::present(long f, const LoadedFrame& frame)
     fx->SetOutput(frame.images.output.get());
 }
 
-void FramePipeline::followKernelHistory(long first, const LoadedFrame& frame)
+void FramePipeline::followKernelHistory(long first, const LoadedFrame& frame, ProgressMeter& progress)
 {
     const ComRef<IDSKernelHistory> history = ComRef<IDSKernelHistory>::Query(fx, IID_IDSKernelHistory);
     const std::vector<long> before = history ? framesBefore(r, plan, first) : std::vector<long>();
     if (before.empty())
         return;
+    progress.Stage(FrameStage::Preparing);
     // The tracked frames take the first frame's size: a sequence has one.
     present(first, frame);
     const std::vector<long> builds = kernelBuildsAmong(history.get(), before, r.rate);
@@ -267,20 +269,22 @@ void FramePipeline::Run()
 {
     const std::vector<long>& frames = plan.frames.frames;
     InterruptGuard guard(&host);
-    ProgressMeter progress(plan.frames.Count(), r.quiet);
+    ProgressMeter progress(plan.frames.Count(), r.quiet, r.progressAfter);
     HostFrames spare;  // images no frame uses any more
     std::future<LoadedFrame> next = std::async(std::launch::async, &FramePipeline::load, this, frames[0], HostFrames{});
     std::future<ComRef<MemoryImage>> writing;  // gives back the output image it wrote
     long written = 0;
     for (size_t i = 0; i < frames.size(); ++i) {
         const long f = frames[i];
+        progress.FrameBegins(std::filesystem::path(framePath(r.input, f)).filename().string());
         LoadedFrame current = next.get();
         if (i + 1 < frames.size())
             next = std::async(std::launch::async, &FramePipeline::load, this, frames[i + 1], std::move(spare));
         Rendered rendered;
         try {
             if (i == 0)
-                followKernelHistory(f, current);
+                followKernelHistory(f, current, progress);
+            progress.Stage(FrameStage::Rendering);
             rendered = execute(f, current);
         } catch (const Interrupted&) {
             if (writing.valid())
@@ -291,6 +295,8 @@ void FramePipeline::Run()
                                                         std::to_string(frames[written - 1]) + " were written";
             throw Interrupted("interrupted: " + done + ", and no partial one");
         }
+        // The frame's write waits for the one before; the last is waited for.
+        progress.Stage(FrameStage::Writing);
         spare.input = std::move(current.images.input);
         spare.output = writing.valid() ? writing.get() : ComRef<MemoryImage>();
         ++written;
@@ -299,10 +305,10 @@ void FramePipeline::Run()
             write(f, frame, rendered);
             return std::move(frame.images.output);
         });
+        if (i + 1 == frames.size())
+            writing.get();
         progress.FrameDone(f, written);
     }
-    if (writing.valid())
-        writing.get();
     progress.Finish();
     host.SetInput(1, nullptr);
     host.SetInput(DS_INPUT_DEPTH, nullptr);

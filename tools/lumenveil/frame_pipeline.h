@@ -14,6 +14,8 @@
 #include "tools/lumenveil/overlay_picture.h"
 #include "tools/lumenveil/render_plan.h"
 
+class ProgressMeter;
+
 class FramePipeline {
 public:
     // `effect` has its host link, coordinate manager, rate, time span, channel
@@ -36,8 +38,9 @@ private:
     // Sets frame f's images on the effect and its host.
     void present(long f, const LoadedFrame& frame);
     // Before the first frame `first` (loaded as `frame`): the effect brought
-    // to where a run from the sequence's first frame would stand.
-    void followKernelHistory(long first, const LoadedFrame& frame);
+    // to where a run from the sequence's first frame would stand; `progress`
+    // hears of it when there is such a walk.
+    void followKernelHistory(long first, const LoadedFrame& frame, ProgressMeter& progress);
     // Builds the kernels of the last `count` of `builds` again, in order;
     // gives the traces they kept.
     std::vector<double> buildAgain(IDSKernelHistory* history, const std::vector<long>& builds, size_t count);

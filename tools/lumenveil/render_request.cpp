@@ -82,4 +82,11 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
                      "Read and write OpenEXR colour as stored, not multiplied by alpha (by default EXR files are "
                      "taken as associated, as their convention says; PNG and TIFF are always unassociated)");
     command.add_flag("-q,--quiet", r.quiet, "No progress line on stderr");
+    command.add_option("--progress-after", r.progressAfter,
+                       "On a terminal, a frame (of a sequence or a single file) that has taken this long shows its "
+                       "file, its stage (reading, preparing, rendering, writing) and its time so far, redrawn a few "
+                       "times a second until it is written")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
 }

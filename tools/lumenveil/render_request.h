@@ -7,6 +7,9 @@
 
 #include <CLI/CLI.hpp>
 
+// Seconds a frame takes before the terminal shows its stage, unless --progress-after.
+constexpr double kProgressAfterSeconds = 2.0;
+
 struct RenderRequest {
     std::string input;
     std::string output;
@@ -33,6 +36,7 @@ struct RenderRequest {
     bool matte = false;
     bool exactHostFrame = false;
     bool quiet = false;
+    double progressAfter = kProgressAfterSeconds;
     bool unassociatedAlpha = false;  // OpenEXR files taken as unassociated
 };
 
