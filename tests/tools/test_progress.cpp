@@ -156,9 +156,11 @@ TEST_F(Progress, AStillShowsItsStagesPastTheThresholdOnlyOnATerminalAndLeavesNot
     ASSERT_EQ(quick.exitCode, 0) << quick.err;
     EXPECT_EQ(quick.err, "");
 
-    const ToolRun negative = run(with("no.png", {"--progress-after", "-1"}));
-    EXPECT_EQ(negative.exitCode, 2) << negative.err;
-    EXPECT_NE(negative.err.find("--progress-after"), std::string::npos) << negative.err;
+    for (const char* bad : {"-1", "nan"}) {
+        const ToolRun refused = run(with("no.png", {"--progress-after", bad}));
+        EXPECT_EQ(refused.exitCode, 2) << bad << ": " << refused.err;
+        EXPECT_NE(refused.err.find("--progress-after"), std::string::npos) << refused.err;
+    }
     EXPECT_EQ(files(), (Strings{"in.png", "piped.png", "quick.png", "quiet.png", "shown.png"}));
 }
 

@@ -110,6 +110,8 @@ RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
         plan.renumberOffset = r.renumber - plan.frames.First();
     if (!(r.rate > 0.0) || !std::isfinite(r.rate))
         throw UsageError("--rate must be above 0");
+    if (!std::isfinite(r.progressAfter))
+        throw UsageError("--progress-after must be a number of seconds, 0 or more");
     if (!(r.pixelAspect > 0.0) || !std::isfinite(r.pixelAspect))
         throw UsageError("--pixel-aspect must be above 0");
     plan.selectors = channelSelectors(r.keep, r.matte);
