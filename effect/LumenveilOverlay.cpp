@@ -4,7 +4,7 @@
 void Lumenveil::Draw()
 {
     const float ratio = static_cast<float>(static_cast<double>(aspectNumerator) / aspectDenominator);
-    const bool show = shape.value == SHAPE_IMAGE;
+    const bool show = shapeDrawsOverlay(shape.value);
     crosshair.visible = innerCircle.visible = outerCircle.visible = show ? 1 : 0;
     if (!show)
         return;

@@ -17,6 +17,10 @@ enum LumenveilShape : int32_t {
 inline constexpr const char* kShapeNames[] = {"Circle", "Ellipse", "Polygon", "Image"};
 inline constexpr int kShapeCount = 4;
 
+// Whether the effect draws its viewer overlay (the cut-out's crosshair and
+// circles) for `shape`: only the Image shape has a cut-out to place.
+constexpr bool shapeDrawsOverlay(int32_t shape) { return shape == SHAPE_IMAGE; }
+
 // The Shape property's value of a shape, and back.
 constexpr int32_t shapePropertyValue(LumenveilShape shape) { return shape - 1; }
 constexpr int32_t shapeOfProperty(int32_t value) { return value + 1; }
