@@ -99,10 +99,6 @@ TEST_F(Shapes, OverlayDrawsTheCrosshairAtTheCutOutCentre)
         EXPECT_NEAR(over.at(px, py, c), 0.5f, 0.02f);
         EXPECT_EQ(over.at(px + 17, 48 - 1 - py, c), 0.0f);  // not mirrored
     }
-    // Another shape draws nothing over the frame.
-    ASSERT_EQ(run({"render", "black.png", "-o", "out.png", "--overlay", "plain.png"}).exitCode, 0);
-    const Picture plain = read("plain.png");
-    EXPECT_EQ(*std::max_element(plain.data.begin(), plain.data.end()), 0.0f);
 }
 
 TEST_F(Shapes, PointSpreadPictureIsTheApertureAtItsRadius)

@@ -181,13 +181,16 @@ TEST_F(Writes, FilesOfOneRunAreReplacedTogetherOnlyOnceAllAreWritten)
         earlier("keep.png");
         earlier("keep.ppm");
         fileSizeLimit = 4096;
-        const ToolRun r = run({"render", "smooth.png", "-o", "keep.png", option, "keep.ppm", "--save-preset", "p.json"});
+        const ToolRun r = run({"render", "smooth.png", "-o", "keep.png", option, "keep.ppm", "--save-preset", "p.json",
+                               "--shape", "image"});
         fileSizeLimit = 0;
         expectFailedWrite(r, "keep.ppm", option);
         EXPECT_EQ(bytes("keep.png"), kEarlier) << option;
         EXPECT_FALSE(fs::exists(path("p.json"))) << option;
         // The same run with room writes all three.
-        ASSERT_EQ(run({"render", "smooth.png", "-o", "keep.png", option, "keep.ppm", "--save-preset", "p.json"}).exitCode,
+        ASSERT_EQ(run({"render", "smooth.png", "-o", "keep.png", option, "keep.ppm", "--save-preset", "p.json",
+                       "--shape", "image"})
+                      .exitCode,
                   0);
         EXPECT_EQ(read("keep.png").width, 64);
         EXPECT_EQ(read("keep.ppm").width, 64);

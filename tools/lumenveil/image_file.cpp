@@ -13,6 +13,7 @@
 #include "tools/lumenveil/checked_image_output.h"
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/image_input.h"
+#include "tools/lumenveil/output_format_table.h"
 #include "tools/lumenveil/quiet_stderr.h"
 
 namespace {
@@ -179,12 +180,13 @@ ImageWriter::ImageWriter(const std::string& path, int width, int height, SampleD
     : file(std::make_unique<File>())
 {
     const int written = channels == 2 || channels == 4 ? 4 : 3;
+    const std::string format = imageOutputFormat(path);
+    depth = depthWritten(format, depth);
     OIIO::ImageSpec layout(width, height, written, typeOf(depth));
     // Some writers (PNM) take their depth from this rather than the sample type.
     if (depth == SampleDepth::U16)
         layout.attribute("oiio:BitsPerSample", 16);
-    if (!compression.empty())
-        layout.attribute("compression", compression);
+    describeCompression(format, compression, layout);
     // No time stamp (TIFF, EXR): the same frame gives the same bytes on every run.
     layout.attribute("DateTime", "");
     if (written == 4) {
@@ -256,41 +258,6 @@ void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth de
                 const std::string& compression)
 {
     stageImage(path, frame, depth, channels, compression).Commit();
-}
-
-std::string compressionProblem(const std::string& compression)
-{
-    // The names of TIFF, EXR and PNG writers, with the levels a name takes
-    // (0 0: none); a writer that does not use one keeps its own default.
-    struct Compression {
-        const char* name;
-        int lowest, highest;
-    };
-    static const Compression known[] = {{"none", 0, 0},  {"zip", 1, 9},   {"zips", 1, 9},      {"lzw", 0, 0},
-                                        {"packbits", 0, 0}, {"ccittrle", 0, 0}, {"jpeg", 1, 100}, {"rle", 0, 0},
-                                        {"piz", 0, 0},   {"pxr24", 0, 0}, {"b44", 0, 0},       {"b44a", 0, 0},
-                                        {"dwaa", 1, 1000}, {"dwab", 1, 1000}};
-    const size_t colon = compression.find(':');
-    const std::string name = compression.substr(0, colon);
-    const std::string level = colon == std::string::npos ? "" : compression.substr(colon + 1);
-    std::string list;
-    for (const Compression& k : known) {
-        list += list.empty() ? k.name : std::string(", ") + k.name;
-        if (name != k.name)
-            continue;
-        if (colon == std::string::npos)
-            return "";
-        if (k.highest == 0)
-            return "\"" + compression + "\": " + name + " takes no level";
-        const bool digits = !level.empty() && level.size() <= 4 &&
-                            level.find_first_not_of("0123456789") == std::string::npos;
-        const int value = digits ? std::stoi(level) : -1;
-        if (value < k.lowest || value > k.highest)
-            return "\"" + compression + "\": the level of " + name + " runs from " + std::to_string(k.lowest) +
-                   " to " + std::to_string(k.highest);
-        return "";
-    }
-    return "\"" + compression + "\" is not a compression (" + list + ", with a level as in zip:1)";
 }
 
 StagedFile stageTextFile(const std::string& path, const std::string& text)

@@ -60,8 +60,8 @@ private:
 // target that Finish renames into place (or Close hands on for renaming with
 // others); without either it is removed. It has
 // `channels` channels (3 or 4; 1 and 2 are written as 3 and 4) at `depth`,
-// with `compression` as the file format names it (empty: the format's own
-// default). Failure when the file cannot be written, leaving nothing at the
+// or the depth the format holds instead (depthWritten), with `compression`
+// as --compression names it (empty: the format's own default). Failure when the file cannot be written, leaving nothing at the
 // target but what was there before.
 class ImageWriter {
 public:
@@ -92,10 +92,6 @@ StagedFile stageImage(const std::string& path, const ImageFrame& frame, SampleDe
                       const std::string& compression = "");
 void writeImage(const std::string& path, const ImageFrame& frame, SampleDepth depth, int channels,
                 const std::string& compression = "");
-
-// "" when `compression` is a compression the file writers know, perhaps
-// with a level after a colon (zip:1), else why not.
-std::string compressionProblem(const std::string& compression);
 
 // Writes `text` to `path` through a temporary file, every byte checked and on
 // disk, and a rename; Failure otherwise. stageTextFile leaves the rename.

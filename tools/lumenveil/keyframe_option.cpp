@@ -25,6 +25,19 @@ KeyOption parseKeyOption(const std::vector<Parameter>& parameters, const std::st
     const double frame = std::strtod(frameText.c_str(), &end);
     if (frameText.empty() || errno != 0 || *end != '\0' || !std::isfinite(frame))
         throw UsageError("--key: \"" + frameText + "\" in \"" + text + "\" is not a frame number");
+    if (const std::string problem = offFrameProblem(frame); !problem.empty())
+        throw UsageError("--key " + text + ": " + problem);
     const double value = parseParameterValue(*parameter, valueText, "--key " + name);
     return KeyOption{parameter, frame, value};
+}
+
+std::string offFrameProblem(double frame, double tolerance)
+{
+    if (frame < -tolerance)
+        return "frame " + formatNumber(frame) + " is before frame 0, the first a key can lie on";
+    const double below = std::floor(frame);
+    if (frame - below <= tolerance || below + 1.0 - frame <= tolerance)
+        return "";
+    return "frame " + formatNumber(frame) + " is between frames " + formatNumber(below) + " and " +
+           formatNumber(below + 1.0) + "; keys lie on whole frames";
 }

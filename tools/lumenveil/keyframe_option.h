@@ -13,7 +13,11 @@ struct KeyOption {
 };
 
 // NAME is a parameter's option or property name ("radius-x", "RadiusX",
-// "centre-x"); FRAME a frame number (fractions allowed); VALUE as the
-// parameter's option takes it. UsageError for anything else, or a
-// parameter that cannot be animated.
+// "centre-x"); FRAME a whole frame number from 0; VALUE as the parameter's
+// option takes it. UsageError for anything else, or a parameter that cannot
+// be animated.
 KeyOption parseKeyOption(const std::vector<Parameter>& parameters, const std::string& text);
+
+// "" when `frame` is a whole frame number from 0 (within `tolerance` of
+// one), else why not: "frame 2.5 is between frames 2 and 3".
+std::string offFrameProblem(double frame, double tolerance = 0.0);

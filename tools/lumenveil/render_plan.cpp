@@ -14,6 +14,7 @@
 #include "tools/lumenveil/cli_error.h"
 #include "tools/lumenveil/host_format_choice.h"
 #include "tools/lumenveil/image_input.h"
+#include "tools/lumenveil/run_guards.h"
 #include "embed/host_frame.h"
 #include "embed/transform_limit.h"
 
@@ -63,6 +64,8 @@ std::optional<SampleDepth> depthOf(const std::string& depth)
         return SampleDepth::U8;
     if (depth == "16")
         return SampleDepth::U16;
+    if (depth == "half")
+        return SampleDepth::Half;
     if (depth == "float")
         return SampleDepth::Float;
     return std::nullopt;
@@ -123,8 +126,7 @@ RenderPlan checkRequest(const RenderRequest& r, const RunOutputs& outputs)
         plan.depthMap = DepthSource{r.input, r.depthChannel};
     if (!r.coc.empty() && !plan.depthMap)
         throw UsageError("--coc needs a depth map: --depth FILE");
-    if (const std::string problem = r.compression.empty() ? "" : compressionProblem(r.compression); !problem.empty())
-        throw UsageError("--compression: " + problem);
+    checkOutputFormats(r, outputs, plan.frames.First(), plan.depth);
     if (!r.hostFormat.empty())
         chooseHostFormat(r.hostFormat, SampleDepth::U8);
     return plan;
@@ -216,6 +218,8 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
                      const RunOutputs& outputs, const LightPath& light)
 {
     checkOutputsAreNotInputs(r, plan, outputs);
+    checkOverlayShape(effect, r, plan.frames.frames);
+    checkPresetKeys(r);
     for (long f : plan.frames.frames) {
         checkRegularFile(framePath(r.input, f));
         if (!r.spread.empty())
@@ -224,6 +228,7 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
     RenderSetup setup;
     setup.header = readImageHeader(framePath(r.input, plan.frames.First()), depthInInput(r, plan));
     setup.light = light;
+    checkOutputFormats(r, outputs, plan.frames.First(), plan.depth, setup.header.depth);
     if (plan.depthMap)
         for (long f : plan.frames.frames) {
             const DepthSource source{framePath(plan.depthMap->path, f), plan.depthMap->channel};
@@ -247,6 +252,7 @@ RenderSetup checkRun(const EffectInstance& effect, const RenderRequest& r, const
         for (long f : plan.frames.frames)
             checkWritable(output.Path(f));
     }
+    warnMatteWithoutAlpha(r, framePath(r.input, plan.frames.First()), setup.header);
     return setup;
 }
 

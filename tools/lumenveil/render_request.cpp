@@ -1,5 +1,7 @@
 #include "tools/lumenveil/render_request.h"
 
+#include "tools/lumenveil/output_format_table.h"
+
 void addRenderOptions(CLI::App& command, RenderRequest& r)
 {
     command.add_option("INPUT", r.input,
@@ -24,8 +26,9 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
     command.add_option("--rate", r.rate, "Frames per second; a key at frame F lies at F / rate seconds")
         ->capture_default_str();
     command.add_option("--key", r.keys,
-                       "A key NAME=FRAME:VALUE of an animatable parameter (repeatable), e.g. radius-x=10:0.2; "
-                       "values between keys are interpolated")
+                       "A key NAME=FRAME:VALUE of an animatable parameter (repeatable), e.g. radius-x=10:0.2, at "
+                       "a whole frame from 0 (as a preset's keys must be at --rate); values between keys are "
+                       "interpolated")
         ->type_name("NAME=FRAME:VALUE");
     command.add_option("--spread", r.spread,
                        "Second input (Spread): the picture the Image shape cuts its aperture from; same size as "
@@ -41,23 +44,27 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
         ->check(CLI::IsMember({"odd", "even", "both"}))
         ->capture_default_str();
     command.add_option("--keep", r.keep, "Channels taken unchanged from INPUT, e.g. a or r,g,b")->type_name("r,g,b,a");
-    command.add_flag("--matte", r.matte, "Use INPUT's alpha as the matte: the effect shows where alpha is full");
+    command.add_flag("--matte", r.matte,
+                     "Use INPUT's alpha as the matte: the effect shows where alpha is full (a warning when INPUT "
+                     "has no alpha)");
     command.add_option("--host-format", r.hostFormat,
                        "Host pixel format the frames are handed to the effect in (default MFIF_RGBA_RAW_32 for "
                        "8-bit files, MFIF_RGBA_FLOAT otherwise); Cb Y Cr Y formats get the colour through their "
                        "BT.601 or BT.709 matrix, one chroma sample for two pixels; see `lumenveil formats`")
         ->type_name("NAME");
     command.add_option("--compression", r.compression,
-                       "Compression of the written files, as the file format names it, with a level after a "
-                       "colon where it takes one: e.g. none, zip:1 (fast) to zip:9 (small), lzw, packbits for "
-                       "TIFF; none, zip, piz, dwaa:45 for EXR (default: the file format's own)")
-        ->type_name("NAME");
+                       "Compression of OUTPUT and --overlay, with a level after a colon where it takes one "
+                       "(zip:1 fast to zip:9 small); each format takes its own (default: the format's own): " +
+                           compressionHelp() + "; the others have no choice")
+        ->type_name("NAME[:LEVEL]");
     command.add_option("--depth", r.depth,
-                       "8, 16 or float: the output's bit depth (default: the input's). Any other value is a depth "
-                       "map: a one-channel picture of INPUT's size (a pattern with --frames for a sequence), and "
-                       "the render is Lumenveil Depth's, whose blur follows it (--focus, --radius-infinity or the "
-                       "lens values)")
-        ->type_name("8|16|float|FILE");
+                       "8, 16, half or float: the sample depth of OUTPUT and --overlay, which their format must "
+                       "hold (default: the input's, or the nearest the format holds): " +
+                           depthHelp() + ". Any other value is a depth map: a one-channel picture of INPUT's size "
+                                         "(a pattern with --frames for a sequence), and the render is Lumenveil "
+                                         "Depth's, whose blur follows it (--focus, --radius-infinity or the lens "
+                                         "values)")
+        ->type_name("8|16|half|float|FILE");
     command.add_option("--depth-channel", r.depthChannel,
                        "The channel of the depth map holding depth (Z, depth.Z); without a depth map, INPUT's")
         ->type_name("NAME");
@@ -70,7 +77,7 @@ void addRenderOptions(CLI::App& command, RenderRequest& r)
                      "height mod 4 rows unconvolved (a band of wrong colour at the bottom)");
     command.add_option("--overlay", r.overlay,
                        "Also write the frame with the viewer overlay drawn over it by the effect's interactive "
-                       "tool (for the Image shape)");
+                       "tool; only the image shape draws one, so it is refused for the others");
     command.add_option("--psf", r.psf,
                        "Also write the point-spread picture the effect used for the frame: the image of one point "
                        "of light through the aperture, grey, of the frame's size (with its padded rows)");
