@@ -68,7 +68,7 @@ void checkPresetKeys(const RenderRequest& r)
             const std::string problem = offFrameProblem(frame, kFrameTolerance * std::max(1.0, std::fabs(frame)));
             if (!problem.empty())
                 throw Failure("preset " + r.preset + " refused: " + name + " has a key at " + formatNumber(time) +
-                              " s, which at --rate " + formatNumber(r.rate) + " is " + problem);
+                              " s (at --rate " + formatNumber(r.rate) + ": " + problem + ")");
         }
     }
 }
